@@ -5,7 +5,8 @@
 class QWidget;
 
 /// The two things a window asks of the application as a whole. Main thread.
-namespace Application {
+namespace Application
+{
 
 /// Brings the application to the front, with `window` (may be null) as its active window.
 void activate(QWidget *window = nullptr);

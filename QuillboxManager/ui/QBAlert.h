@@ -8,9 +8,10 @@
 #include <functional>
 #include <memory>
 
-/// The single factory of the client's message boxes. Main thread. The caller owns the alert, runs it and reads the state
-/// of its check box afterwards. Buttons are answered in the order they were added: 1000, 1001, …
-namespace QBAlert {
+/// The single factory of the client's message boxes. Main thread. The caller owns the alert, runs it and reads the
+/// state of its check box afterwards. Buttons are answered in the order they were added: 1000, 1001, …
+namespace QBAlert
+{
 
 using Alert = std::unique_ptr<QMessageBox>;
 
@@ -27,8 +28,8 @@ Alert make(QMessageBox::Icon icon, const QString &message, const QString &inform
 /// Adds a button; the first one is the default and answers Return.
 QPushButton *addButton(QMessageBox &alert, const QString &title);
 
-/// Activates the application, runs the alert modally and returns 1000 + index of the button; Esc and the close box count
-/// as the last button.
+/// Activates the application, runs the alert modally and returns 1000 + index of the button; Esc and the close box
+/// count as the last button.
 int runModal(QMessageBox &alert);
 /// Shows the alert as a sheet of `window` and hands the same code to `done`; the alert deletes itself.
 void beginSheet(Alert alert, QWidget *window, std::function<void(int code)> done);

@@ -4,7 +4,8 @@
 #include <QString>
 
 /// Branded colours out of hexadecimal text. Any thread.
-namespace QBColor {
+namespace QBColor
+{
 
 /// 0xRRGGBB, opaque.
 QColor qbColorWithHex(int hex);

@@ -6,9 +6,9 @@
 
 #include <memory>
 
-/// The life every window controller shares: the window is made from its form on first use and belongs to the controller.
-/// Main thread. A controller may be destroyed at any moment; its window goes with it and late results are dropped,
-/// because background calls carry the controller as their context.
+/// The life every window controller shares: the window is made from its form on first use and belongs to the
+/// controller. Main thread. A controller may be destroyed at any moment; its window goes with it and late results are
+/// dropped, because background calls carry the controller as their context.
 class QBWindowController : public QObject
 {
     Q_OBJECT

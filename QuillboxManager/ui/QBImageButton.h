@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QIcon>
+#include <QPixmap>
+#include <QPushButton>
+
+/// A picture that can be pressed, such as the picture code. The picture keeps its proportions and is centred.
+class QBImageButton : public QPushButton
+{
+    Q_OBJECT
+public:
+    explicit QBImageButton(QWidget *parent = nullptr);
+
+    /// A null picture empties the button.
+    void setImage(const QImage &image);
+    QImage image() const { return picture; }
+
+    QSize sizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    void focusInEvent(QFocusEvent *event) override;
+
+private:
+    QRectF imageRect() const;
+
+    QImage picture;
+    bool keyboardFocus = false;
+};

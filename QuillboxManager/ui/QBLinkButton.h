@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QColor>
+#include <QPushButton>
+
+class Branding;
+
+/// A flat text in the accent colour that is pressed like a link; underlined under the pointer and with the focus.
+class QBLinkButton : public QPushButton
+{
+    Q_OBJECT
+public:
+    explicit QBLinkButton(QWidget *parent = nullptr);
+    explicit QBLinkButton(const QString &title, QWidget *parent = nullptr);
+
+    void applyBranding(const Branding &branding);
+    /// A colour of its own instead of the accent.
+    void setTextColor(const QColor &color);
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override { return sizeHint(); }
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    void focusInEvent(QFocusEvent *event) override;
+
+private:
+    void setUp();
+
+    QColor color;
+    bool keyboardFocus = false;
+};

@@ -13,7 +13,7 @@ class MXRRSA
 public:
     /// Nothing, after a log line that says why, when the certificate cannot be used.
     static std::optional<MXRRSA> init();
-    /// The same with the certificate at `path` (null: not found).
+    /// The same with the certificate at `path` (null: not found). The key last made is kept until its file changes.
     static std::optional<MXRRSA> initWithCertificate(const QString &path);
 
     /// Ciphertext of the text's ASCII bytes; a text that is not ASCII gives null.
@@ -25,6 +25,10 @@ public:
 
 private:
     struct Key;
+
+    MXRRSA() = default;
+    static std::optional<MXRRSA> parseCertificate(const QString &path);
+
     std::shared_ptr<const Key> key;
     int maximumLength = 0;
 };

@@ -6,12 +6,13 @@
 
 #include <optional>
 
-namespace platform {
+namespace platform
+{
 class DeviceIdentity;
 }
 
-/// Builders of URLs and request bodies, and what identifies this device. Stateless; any thread. A builder given an empty
-/// argument returns null.
+/// Builders of URLs and request bodies, and what identifies this device. Stateless; any thread. A builder given an
+/// empty argument returns null.
 class QBApiManager
 {
 public:

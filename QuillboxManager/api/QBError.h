@@ -5,8 +5,8 @@
 
 #include <memory>
 
-/// A failure: domain, code, and user information with a description and often a recovery suggestion. A shared value; the
-/// default-made one means "no error". Any thread.
+/// A failure: domain, code, and user information with a description and often a recovery suggestion. A shared value;
+/// the default-made one means "no error". Any thread.
 class QBError
 {
 public:
@@ -105,10 +105,26 @@ private:
 };
 
 /// User-information keys of QBError.
-namespace QBErrorKeys {
-inline QString needModifyPassword() { return QStringLiteral("NSErrorNeedModifyPassword"); }
-inline QString lockTime() { return QStringLiteral("lockTime"); }
-inline QString lockUser() { return QStringLiteral("lockUser"); }
-inline QString localizedDescription() { return QStringLiteral("NSLocalizedDescription"); }
-inline QString localizedRecoverySuggestion() { return QStringLiteral("NSLocalizedRecoverySuggestion"); }
+namespace QBErrorKeys
+{
+inline QString needModifyPassword()
+{
+    return QStringLiteral("NSErrorNeedModifyPassword");
+}
+inline QString lockTime()
+{
+    return QStringLiteral("lockTime");
+}
+inline QString lockUser()
+{
+    return QStringLiteral("lockUser");
+}
+inline QString localizedDescription()
+{
+    return QStringLiteral("NSLocalizedDescription");
+}
+inline QString localizedRecoverySuggestion()
+{
+    return QStringLiteral("NSLocalizedRecoverySuggestion");
+}
 } // namespace QBErrorKeys

@@ -12,7 +12,8 @@
 #include <optional>
 
 class QBGlobeInformation;
-namespace platform {
+namespace platform
+{
 class UserDefaults;
 }
 
@@ -24,9 +25,9 @@ using LoginHandle = std::function<void(const QBError &error, const ServerReply &
 /// What the server probe found; the integer values are those the windows and the shell act on.
 enum class ServerConfigResult { Succeeded = 1, Failed = 2 };
 
-/// The one client of the document server's JSON API. Any thread. All calls block the caller but the server probe and the
-/// diagnostic variant, so they belong on the background pool (platform::inBackground). An `error` out-argument may be
-/// null; it is written only when there is an error.
+/// The one client of the document server's JSON API. Any thread. All calls block the caller but the server probe and
+/// the diagnostic variant, so they belong on the background pool (platform::inBackground). An `error` out-argument may
+/// be null; it is written only when there is an error.
 class QBNetworking
 {
 public:

@@ -1,0 +1,235 @@
+#include "api/CurlExchange.h"
+
+#include <algorithm>
+#include <memory>
+
+namespace
+{
+
+constexpr long mostRedirects = 10;
+constexpr long mostConnections = 4; // kept open per handle
+constexpr long connectionLifeSeconds = 60;
+constexpr qint64 mostHeaderBytes = 256 * 1024;
+constexpr int longestPollMilliseconds = 60'000;
+
+using HeaderList = std::unique_ptr<curl_slist, decltype(&curl_slist_free_all)>;
+
+HeaderList headerList(const HttpRequest &request)
+{
+    // An empty "Expect:" keeps the library from waiting for a "100 Continue" that many servers never send.
+    HeaderList list(curl_slist_append(nullptr, "Expect:"), curl_slist_free_all);
+    for (const auto &[name, value] : request.headers)
+        if (curl_slist *longer = curl_slist_append(list.get(), (name + ": " + value).constData())) {
+            list.release();
+            list.reset(longer);
+        }
+    return list;
+}
+
+} // namespace
+
+CurlExchange::CurlExchange(CURLSH *cookies) : easy(curl_easy_init()), multi(curl_multi_init())
+{
+    if (isUsable())
+        setPermanentOptions(cookies);
+}
+
+CurlExchange::~CurlExchange()
+{
+    curl_easy_cleanup(easy);
+    curl_multi_cleanup(multi);
+}
+
+void CurlExchange::setPermanentOptions(CURLSH *cookies)
+{
+    curl_easy_setopt(easy, CURLOPT_SHARE, cookies);
+    curl_easy_setopt(easy, CURLOPT_COOKIEFILE, "");
+    curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
+    curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L); // a stuck name lookup must not outlast the time-out
+    curl_easy_setopt(easy, CURLOPT_POST, 1L);
+    curl_easy_setopt(easy, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
+    curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, 1L);
+    curl_easy_setopt(easy, CURLOPT_MAXREDIRS, mostRedirects);
+    curl_easy_setopt(easy, CURLOPT_POSTREDIR, static_cast<long>(CURL_REDIR_POST_ALL));
+    curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
+    curl_easy_setopt(easy, CURLOPT_MAXAGE_CONN, connectionLifeSeconds);
+    curl_easy_setopt(easy, CURLOPT_NOPROXY, ""); // the desktop's settings have decided already
+    curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, &CurlExchange::takeBody);
+    curl_easy_setopt(easy, CURLOPT_WRITEDATA, this);
+    curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, &CurlExchange::takeHeader);
+    curl_easy_setopt(easy, CURLOPT_HEADERDATA, this);
+    curl_multi_setopt(multi, CURLMOPT_MAXCONNECTS, mostConnections);
+}
+
+void CurlExchange::setOptions(const HttpRequest &request, const QByteArray &url, const ProxyChoice &proxy)
+{
+    const auto text = [](const QByteArray &value) { return value.isEmpty() ? nullptr : value.constData(); };
+    // Zero would mean "no limit" to the library.
+    const auto limit = static_cast<long>(std::max<qint64>(1, request.timeout.count()));
+
+    curl_easy_setopt(easy, CURLOPT_URL, url.constData());
+    // Without fields the library would read a body from standard input.
+    curl_easy_setopt(easy, CURLOPT_POSTFIELDS, request.body.isEmpty() ? "" : request.body.constData());
+    curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request.body.size()));
+    curl_easy_setopt(easy, CURLOPT_TIMEOUT_MS, limit);
+    curl_easy_setopt(easy, CURLOPT_FRESH_CONNECT, request.freshConnection ? 1L : 0L);
+    curl_easy_setopt(easy, CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(request.replyLimit));
+    curl_easy_setopt(easy, CURLOPT_REDIR_PROTOCOLS_STR, url.startsWith("https:") ? "https" : "http,https");
+    curl_easy_setopt(easy, CURLOPT_PROXY, proxy.url.constData()); // empty: none, not even the environment's
+    curl_easy_setopt(easy, CURLOPT_PROXYUSERNAME, text(proxy.user));
+    curl_easy_setopt(easy, CURLOPT_PROXYPASSWORD, text(proxy.password));
+    setTrust(request.acceptAnyCertificate);
+}
+
+void CurlExchange::setTrust(bool acceptAnyCertificate)
+{
+    curl_easy_setopt(easy, CURLOPT_SSL_VERIFYPEER, acceptAnyCertificate ? 0L : 1L);
+    curl_easy_setopt(easy, CURLOPT_SSL_VERIFYHOST, acceptAnyCertificate ? 0L : 2L);
+    curl_easy_setopt(easy, CURLOPT_SSL_CIPHER_LIST, acceptAnyCertificate ? "DEFAULT@SECLEVEL=0" : nullptr);
+    curl_easy_setopt(easy, CURLOPT_SSLVERSION,
+                     static_cast<long>(acceptAnyCertificate ? CURL_SSLVERSION_TLSv1_0 : CURL_SSLVERSION_DEFAULT));
+}
+
+HttpReply CurlExchange::post(const HttpRequest &request, const QByteArray &url, const ProxyChoice &proxy,
+                             const std::atomic<bool> &stopping)
+{
+    body = QByteArray("");
+    replyLimit = request.replyLimit;
+    headerBytes = 0;
+    headerComplete = false;
+    tooLarge = false;
+
+    const HeaderList headers = headerList(request);
+    setOptions(request, url, proxy);
+    curl_easy_setopt(easy, CURLOPT_HTTPHEADER, headers.get());
+    curl_multi_add_handle(multi, easy);
+    const CURLcode result = run(stopping);
+    curl_multi_remove_handle(multi, easy);
+    const HttpReply answer = reply(result, request);
+    curl_easy_setopt(easy, CURLOPT_HTTPHEADER, nullptr);
+    body = QByteArray();
+    return answer;
+}
+
+CURLcode CurlExchange::run(const std::atomic<bool> &stopping)
+{
+    int running = 1;
+    while (!stopping) {
+        if (curl_multi_perform(multi, &running) != CURLM_OK)
+            return CURLE_FAILED_INIT;
+        if (running == 0)
+            break;
+        if (curl_multi_poll(multi, nullptr, 0, longestPollMilliseconds, nullptr) != CURLM_OK)
+            return CURLE_FAILED_INIT;
+    }
+    if (stopping)
+        return CURLE_ABORTED_BY_CALLBACK;
+    CURLcode result = CURLE_FAILED_INIT;
+    int left = 0;
+    while (const CURLMsg *message = curl_multi_info_read(multi, &left))
+        if (message->msg == CURLMSG_DONE)
+            result = message->data.result;
+    return result;
+}
+
+void CurlExchange::wakeUp()
+{
+    curl_multi_wakeup(multi);
+}
+
+void CurlExchange::deleteCookies()
+{
+    curl_easy_setopt(easy, CURLOPT_COOKIELIST, "ALL");
+}
+
+HttpReply CurlExchange::reply(CURLcode result, const HttpRequest &request)
+{
+    HttpReply answer;
+    if (result == CURLE_OK && !headerComplete) // the server died inside the header, which the library lets pass
+        result = CURLE_RECV_ERROR;
+    if (result != CURLE_OK) {
+        answer.error = transportError(classify(result, request));
+        return answer;
+    }
+    long status = 0;
+    long redirects = 0;
+    const char *finalUrl = nullptr;
+    const char *contentType = nullptr;
+    curl_easy_getinfo(easy, CURLINFO_RESPONSE_CODE, &status);
+    curl_easy_getinfo(easy, CURLINFO_REDIRECT_COUNT, &redirects);
+    curl_easy_getinfo(easy, CURLINFO_EFFECTIVE_URL, &finalUrl);
+    curl_easy_getinfo(easy, CURLINFO_CONTENT_TYPE, &contentType);
+    answer.status = static_cast<int>(status);
+    answer.body = body;
+    answer.finalUrl = redirects == 0 ? request.url : QString::fromUtf8(finalUrl);
+    answer.contentType = contentType;
+    return answer;
+}
+
+TransportError CurlExchange::classify(CURLcode result, const HttpRequest &request) const
+{
+    if (tooLarge)
+        return TransportError::ReplyTooLarge;
+    switch (result) {
+    case CURLE_ABORTED_BY_CALLBACK:
+        return TransportError::Cancelled;
+    case CURLE_URL_MALFORMAT:
+        return TransportError::BadURL;
+    case CURLE_OPERATION_TIMEDOUT:
+        return TransportError::TimedOut;
+    case CURLE_COULDNT_RESOLVE_HOST:
+    case CURLE_COULDNT_RESOLVE_PROXY:
+        return TransportError::CannotFindHost;
+    case CURLE_COULDNT_CONNECT:
+    case CURLE_PROXY:
+    case CURLE_FAILED_INIT:
+        return TransportError::CannotConnect;
+    case CURLE_TOO_MANY_REDIRECTS:
+        return TransportError::TooManyRedirects;
+    case CURLE_FILESIZE_EXCEEDED:
+    case CURLE_OUT_OF_MEMORY: // a single header line beyond the library's bound
+        return TransportError::ReplyTooLarge;
+    case CURLE_SSL_CONNECT_ERROR:
+    case CURLE_SSL_CERTPROBLEM:
+    case CURLE_SSL_CIPHER:
+    case CURLE_SSL_ENGINE_INITFAILED:
+    case CURLE_SSL_INVALIDCERTSTATUS:
+    case CURLE_PEER_FAILED_VERIFICATION:
+        return TransportError::SecureConnectionFailed;
+    case CURLE_GOT_NOTHING:
+    case CURLE_SEND_ERROR:
+    case CURLE_RECV_ERROR:
+    case CURLE_PARTIAL_FILE:
+        return TransportError::ConnectionLost;
+    case CURLE_UNSUPPORTED_PROTOCOL: { // a redirect that is not allowed, or bytes that are no HTTP
+        const bool redirected = headerComplete && request.url.startsWith(QLatin1String("https:"), Qt::CaseInsensitive);
+        return redirected ? TransportError::SecureConnectionFailed : TransportError::BadReply;
+    }
+    default:
+        return TransportError::BadReply;
+    }
+}
+
+size_t CurlExchange::takeBody(const char *bytes, size_t size, size_t count, void *exchange)
+{
+    auto *self = static_cast<CurlExchange *>(exchange);
+    const auto length = static_cast<qsizetype>(size * count);
+    self->tooLarge = self->body.size() + length > self->replyLimit;
+    if (self->tooLarge)
+        return 0;
+    self->body.append(bytes, length);
+    return size * count;
+}
+
+size_t CurlExchange::takeHeader(const char *bytes, size_t size, size_t count, void *exchange)
+{
+    auto *self = static_cast<CurlExchange *>(exchange);
+    const QByteArrayView line(bytes, static_cast<qsizetype>(size * count));
+    self->headerBytes += line.size();
+    self->tooLarge = self->headerBytes > mostHeaderBytes;
+    if (line.startsWith("HTTP/"))
+        self->headerComplete = false;
+    else if (line.trimmed().isEmpty())
+        self->headerComplete = true;
+    return self->tooLarge ? 0 : size * count;
+}

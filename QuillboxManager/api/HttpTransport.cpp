@@ -1,0 +1,225 @@
+#include "api/HttpTransport.h"
+
+#include "api/CurlExchange.h"
+#include "api/ProxyResolver.h"
+
+#include <QUrl>
+
+#include <array>
+#include <condition_variable>
+#include <mutex>
+#include <set>
+#include <thread>
+#include <vector>
+
+namespace
+{
+
+using Clock = std::chrono::steady_clock;
+
+/// The cookies of all handles of one transport.
+class CookieShare
+{
+public:
+    CookieShare() : share(curl_share_init())
+    {
+        curl_share_setopt(share, CURLSHOPT_USERDATA, this);
+        curl_share_setopt(share, CURLSHOPT_LOCKFUNC, &CookieShare::lock);
+        curl_share_setopt(share, CURLSHOPT_UNLOCKFUNC, &CookieShare::unlock);
+        curl_share_setopt(share, CURLSHOPT_SHARE, CURL_LOCK_DATA_COOKIE);
+    }
+    ~CookieShare() { curl_share_cleanup(share); }
+    CookieShare(const CookieShare &) = delete;
+    CookieShare &operator=(const CookieShare &) = delete;
+
+    CURLSH *get() const { return share; }
+
+private:
+    static void lock(CURL *, curl_lock_data what, curl_lock_access, void *self)
+    {
+        static_cast<CookieShare *>(self)->mutexes[what].lock();
+    }
+    static void unlock(CURL *, curl_lock_data what, void *self)
+    {
+        static_cast<CookieShare *>(self)->mutexes[what].unlock();
+    }
+
+    CURLSH *share;
+    std::array<std::mutex, CURL_LOCK_DATA_LAST> mutexes;
+};
+
+void initializeOnce()
+{
+    static const CURLcode done = curl_global_init(CURL_GLOBAL_ALL);
+    Q_UNUSED(done)
+}
+
+/// The address as it goes over the wire, empty when it is not an absolute http or https address.
+QUrl wireUrl(const QString &text)
+{
+    const QUrl url(text, QUrl::TolerantMode);
+    const bool http = url.scheme() == QLatin1String("http") || url.scheme() == QLatin1String("https");
+    return url.isValid() && http && !url.host().isEmpty() ? url : QUrl();
+}
+
+} // namespace
+
+class HttpTransport::Private
+{
+public:
+    explicit Private(std::chrono::milliseconds life) : idleLife(life) {}
+
+    using Exchange = std::unique_ptr<CurlExchange>;
+    struct Idle {
+        Exchange exchange;
+        Clock::time_point since;
+    };
+
+    /// Null once the transport is shut down.
+    Exchange take();
+    void giveBack(Exchange exchange);
+    void reap();
+    void stop();
+
+    const std::chrono::milliseconds idleLife;
+    CookieShare cookies;
+    ProxyResolver proxies;
+    std::atomic<bool> stopping{false};
+
+    std::mutex mutex; ///< guards what follows
+    std::condition_variable wakeReaper;
+    std::condition_variable allReturned;
+    bool reaperRests = false; ///< it waits for the first idle handle, without a date
+    std::vector<Idle> idle;   ///< the longest idle first; taken from the end, so that few connections stay warm
+    std::set<CurlExchange *> busy;
+    std::thread reaper; ///< started with the first idle handle; sleeps until one is due
+};
+
+HttpTransport::Private::Exchange HttpTransport::Private::take()
+{
+    std::unique_lock lock(mutex);
+    if (stopping)
+        return nullptr;
+    Exchange exchange;
+    if (idle.empty()) {
+        exchange = std::make_unique<CurlExchange>(cookies.get());
+        if (!exchange->isUsable())
+            return nullptr;
+    } else {
+        exchange = std::move(idle.back().exchange);
+        idle.pop_back();
+    }
+    busy.insert(exchange.get());
+    return exchange;
+}
+
+void HttpTransport::Private::giveBack(Exchange exchange)
+{
+    const std::lock_guard lock(mutex);
+    busy.erase(exchange.get());
+    if (stopping) {
+        exchange.reset(); // inside the lock: the destructor goes on once nothing is busy
+        if (busy.empty())
+            allReturned.notify_all();
+        return;
+    }
+    idle.push_back({std::move(exchange), Clock::now()});
+    if (!reaper.joinable())
+        reaper = std::thread([this] { reap(); });
+    if (reaperRests)
+        wakeReaper.notify_one();
+}
+
+void HttpTransport::Private::reap()
+{
+    std::unique_lock lock(mutex);
+    while (!stopping) {
+        reaperRests = idle.empty();
+        if (reaperRests) {
+            wakeReaper.wait(lock);
+            continue;
+        }
+        const auto due = idle.front().since + idleLife;
+        if (Clock::now() < due) {
+            wakeReaper.wait_until(lock, due);
+            continue;
+        }
+        Exchange expired = std::move(idle.front().exchange);
+        idle.erase(idle.begin());
+        lock.unlock();
+        expired.reset();
+        lock.lock();
+    }
+}
+
+void HttpTransport::Private::stop()
+{
+    std::vector<Idle> dropped;
+    std::unique_lock lock(mutex);
+    stopping = true;
+    dropped.swap(idle);
+    for (CurlExchange *exchange : busy)
+        exchange->wakeUp();
+    wakeReaper.notify_all();
+}
+
+HttpTransport &HttpTransport::shared()
+{
+    // Never destroyed: a background call may outlive the static objects of a process that quits.
+    static auto *const transport = new HttpTransport;
+    return *transport;
+}
+
+HttpTransport::HttpTransport(std::chrono::milliseconds idleLife)
+    : d((initializeOnce(), std::make_unique<Private>(idleLife)))
+{
+}
+
+HttpTransport::~HttpTransport()
+{
+    shutDown();
+    {
+        std::unique_lock lock(d->mutex);
+        d->allReturned.wait(lock, [this] { return d->busy.empty(); });
+    }
+    if (d->reaper.joinable())
+        d->reaper.join();
+}
+
+HttpReply HttpTransport::post(const HttpRequest &request)
+{
+    HttpReply failed;
+    const QUrl url = wireUrl(request.url);
+    if (url.isEmpty()) {
+        failed.error = transportError(TransportError::BadURL);
+        return failed;
+    }
+    const ProxyChoice proxy = d->proxies.proxyFor(url);
+    Private::Exchange exchange = d->take();
+    if (!exchange) {
+        failed.error = transportError(d->stopping ? TransportError::Cancelled : TransportError::CannotConnect);
+        return failed;
+    }
+    HttpReply reply = exchange->post(request, url.toEncoded(), proxy, d->stopping);
+    d->giveBack(std::move(exchange));
+    return reply;
+}
+
+void HttpTransport::deleteCookies()
+{
+    if (Private::Exchange exchange = d->take()) {
+        exchange->deleteCookies();
+        d->giveBack(std::move(exchange));
+    }
+}
+
+void HttpTransport::shutDown()
+{
+    d->stop();
+}
+
+int HttpTransport::idleHandles() const
+{
+    const std::lock_guard lock(d->mutex);
+    return static_cast<int>(d->idle.size());
+}

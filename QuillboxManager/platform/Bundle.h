@@ -3,7 +3,8 @@
 #include <QString>
 #include <QVariantMap>
 
-namespace platform {
+namespace platform
+{
 
 /// An application folder `Name.app/Contents/{Info.plist,MacOS,Resources,PlugIns}`. A value; any thread. A process that
 /// does not run from a bundle has a main bundle whose paths are null.

@@ -8,7 +8,8 @@
 #include <type_traits>
 #include <utility>
 
-namespace platform {
+namespace platform
+{
 
 /// Runs `work` on the background pool. Callable from any thread. Blocking work (server calls, digests, process waits)
 /// belongs here; the pool grows with blocked jobs, so one slow server does not hold up the next call.
@@ -23,8 +24,7 @@ void dispatchAfter(std::chrono::milliseconds delay, QObject *context, std::funct
 
 /// Work there, then result here: `work()` runs on the background pool and its result reaches `then` on the main thread.
 /// To be called on the main thread. Ends exactly once, or not at all when `context` dies first.
-template <class Work, class Then>
-void inBackground(QObject *context, Work work, Then then)
+template <class Work, class Then> void inBackground(QObject *context, Work work, Then then)
 {
     dispatchGlobal([guard = QPointer<QObject>(context), work = std::move(work), then = std::move(then)]() mutable {
         if constexpr (std::is_void_v<std::invoke_result_t<Work &>>) {

@@ -2,7 +2,8 @@
 
 #include "platform/NotificationCenter.h"
 
-namespace platform {
+namespace platform
+{
 
 /// Notifications between the processes of one user. Main thread. A host without the means (no session bus) logs that
 /// once and drops what is posted; nothing else is affected.

@@ -10,7 +10,8 @@
 #include <functional>
 #include <optional>
 
-namespace platform {
+namespace platform
+{
 
 struct RunningApplication {
     QString bundleIdentifier;
@@ -74,8 +75,8 @@ class FileSystemDriver
 {
 public:
     virtual ~FileSystemDriver() = default;
-    /// Version text of the installed driver ("CFBundleShortVersionString" of its property list), null when there is none.
-    /// Background pool only.
+    /// Version text of the installed driver ("CFBundleShortVersionString" of its property list), null when there is
+    /// none. Background pool only.
     virtual QString installedVersion() const = 0;
 };
 
@@ -132,7 +133,8 @@ struct Host {
     DistributedNotificationCenter &distributed;
 };
 
-/// The host this build runs on. Made on first use; the parts that speak to the session bus connect on first use of theirs.
+/// The host this build runs on. Made on first use; the parts that speak to the session bus connect on first use of
+/// theirs.
 Host &host();
 
 } // namespace platform

@@ -3,7 +3,8 @@
 #include <QString>
 #include <QStringList>
 
-namespace platform {
+namespace platform
+{
 
 /// Text of `key` in `table` for the user's language; a missing entry gives the key itself. Any thread.
 QString localizedString(const QString &key, const QString &table = QStringLiteral("Localizable"));
@@ -17,8 +18,8 @@ QString fillPlaceholders(const QString &format, const QStringList &arguments);
 /// The user's languages, preferred first, as tags such as "zh-Hans-CN", "zh-Hant-TW", "en-US". Never empty.
 QStringList preferredLanguages();
 
-/// Loads the tables of the best language out of `translationsFolder` ("zh-Hans", "zh-Hant" or "en", the last resort) and
-/// returns its tag. Main thread, once, before the first window. Languages other than the user's for tests.
+/// Loads the tables of the best language out of `translationsFolder` ("zh-Hans", "zh-Hant" or "en", the last resort)
+/// and returns its tag. Main thread, once, before the first window. Languages other than the user's for tests.
 QString loadLocalization(const QString &translationsFolder, const QStringList &languages = preferredLanguages());
 
 } // namespace platform

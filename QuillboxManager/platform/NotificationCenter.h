@@ -7,7 +7,8 @@
 #include <functional>
 #include <memory>
 
-namespace platform {
+namespace platform
+{
 
 struct Notification {
     QString name;

@@ -6,11 +6,13 @@
 
 #include <optional>
 
-namespace platform {
+namespace platform
+{
 
 /// Property lists, XML out, XML and binary in. Values are QString, bool, qint64, double, QDateTime, QByteArray,
 /// QVariantList and QVariantMap. Any thread.
-namespace PropertyList {
+namespace PropertyList
+{
 
 /// Nothing for bytes that are no property list, are larger than 16 MiB or nest deeper than 64 levels.
 std::optional<QVariant> parse(const QByteArray &bytes);

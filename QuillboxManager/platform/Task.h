@@ -7,7 +7,8 @@
 #include <chrono>
 #include <memory>
 
-namespace platform {
+namespace platform
+{
 
 struct TaskResult {
     bool started = false; ///< false: there is no such program or it may not be run

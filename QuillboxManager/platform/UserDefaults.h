@@ -4,7 +4,8 @@
 #include <QString>
 #include <QVariantMap>
 
-namespace platform {
+namespace platform
+{
 
 /// The user's settings, one property-list file. Any thread. Values change in memory at once and reach the file with
 /// `synchronize`; a file that cannot be parsed counts as empty.
@@ -27,12 +28,13 @@ public:
     void set(const QString &key, const QVariant &value);
     void remove(const QString &key);
 
-    /// Writes what changed since the last call, owner-only and atomically. Keys that another process wrote meanwhile are
-    /// kept. False when the file could not be written; the values stay in memory and the next call tries again.
+    /// Writes what changed since the last call, owner-only and atomically. Keys that another process wrote meanwhile
+    /// are kept. False when the file could not be written; the values stay in memory and the next call tries again.
     bool synchronize();
 
 private:
     const QString path;
+    QMutex writing; ///< one writer at a time; taken before `mutex`
     mutable QMutex mutex;
     QVariantMap values;
     QVariantMap changed; ///< key → new value, invalid value = removed

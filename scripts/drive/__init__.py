@@ -1,0 +1,1 @@
+"""Drives the real program from outside: used by quickstart and by the end-to-end tests."""

@@ -1,0 +1,107 @@
+#!/usr/bin/python3
+"""Runs one end-to-end case against a build: run_case.py CASE SOURCE_FOLDER BUILD_FOLDER
+
+Always as an ordinary user: root first copies what is needed to a folder of the user "nobody" and continues as that user.
+"""
+import os
+import pathlib
+import pwd
+import shutil
+import signal
+import subprocess
+import sys
+import tempfile
+
+HERE = pathlib.Path(__file__).resolve().parent
+
+
+def as_ordinary_user(case, source, build):
+    """Repeats this program as "nobody", out of a folder of its own, and returns its exit status."""
+    user = pwd.getpwnam("nobody")
+    folder = pathlib.Path(tempfile.mkdtemp(prefix="quillbox-e2e-", dir="/tmp"))
+    try:
+        shutil.copytree(build / "Quillbox.app", folder / "build/Quillbox.app", symlinks=True)
+        shutil.copytree(build / "bin", folder / "build/bin", symlinks=True)
+        shutil.copytree(source / "scripts/drive", folder / "source/scripts/drive")
+        shutil.copytree(HERE, folder / "source/tests/e2e")
+        (folder / "home").mkdir()
+        subprocess.run(["chown", "-R", f"{user.pw_uid}:{user.pw_gid}", folder], check=True)
+        environment = {name: os.environ[name] for name in ("PATH", "LANG") if name in os.environ}
+        command = ["setpriv", f"--reuid={user.pw_uid}", f"--regid={user.pw_gid}", "--clear-groups", "--pdeathsig=TERM",
+                   sys.executable, folder / "source/tests/e2e/run_case.py", case, folder / "source", folder / "build"]
+        environment.update(HOME=str(folder / "home"), PYTHONDONTWRITEBYTECODE="1")
+        return subprocess.run(command, env=environment, cwd=folder, check=False).returncode
+    finally:
+        shutil.rmtree(folder, ignore_errors=True)
+
+
+class Stage:
+    """What a case plays on: a server, a profile and a virtual screen."""
+
+    def __init__(self, folder, build, desktop):
+        from drive.accessible import AccessibilityBus
+        from drive.manager import Profile
+        from drive.server import Server
+
+        self.desktop, self.bus = desktop, AccessibilityBus()
+        self.server = Server(str(build / "bin/quillbox-server"), os.path.join(folder, "server"))
+        self.profile = Profile(os.path.join(folder, "profile"), str(build / "Quillbox.app"))
+        self.server.wait_until_ready()
+        self.profile.use_certificate(self.server.certificate)
+
+    def store_server(self, port):
+        """Settings of a user who chose the server earlier."""
+        self.profile.write_settings({"ServerID": "127.0.0.1", "AuthportNew": port})
+
+    def launch(self, locale="en_US.UTF-8"):
+        from drive.manager import Manager
+
+        return Manager(self.profile, self.desktop, self.bus, locale)
+
+    def manager_log(self):
+        return read(self.profile.log)
+
+
+def read(path):
+    return pathlib.Path(path).read_text(encoding="utf-8", errors="replace") if os.path.exists(path) else ""
+
+
+def play(case, build):
+    from drive.desktop import Desktop
+    from drive.waiting import Failure
+
+    import cases
+
+    folder = tempfile.mkdtemp(prefix="quillbox-e2e-")
+    stage = None
+    try:
+        with Desktop() as desktop:
+            stage = Stage(folder, build, desktop)
+            cases.ALL[case](stage)
+        return 0
+    except Failure as failure:
+        print(f"{case}: {failure}")
+        if stage:
+            print(f"--- manager\n{stage.manager_log()[-4000:]}--- server\n{read(stage.server.log)[-2000:]}")
+        return 1
+    finally:
+        shutil.rmtree(folder, ignore_errors=True)
+
+
+def main():
+    case, source, build = sys.argv[1], pathlib.Path(sys.argv[2]).resolve(), pathlib.Path(sys.argv[3]).resolve()
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit(143))
+    if os.geteuid() == 0:
+        return as_ordinary_user(case, source, build)
+    sys.path.insert(0, str(source / "scripts"))
+    from drive import processes
+
+    processes.adopt_orphans()
+    try:
+        return play(case, build)
+    finally:
+        processes.end_all()
+
+
+if __name__ == "__main__":
+    sys.exit(main())

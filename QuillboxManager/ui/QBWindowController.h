@@ -30,8 +30,11 @@ public:
 protected:
     /// Makes the window; the base class takes it over.
     virtual QWidget *loadWindow() = 0;
-    /// Runs once, right after `loadWindow`.
+    /// Runs once, right after `loadWindow`; the window is dressed by then (see StyleKit::dressWindow) and its controls
+    /// have their fonts.
     virtual void windowDidLoad() {}
+    /// May the user resize, zoom and miniaturise the window? Asked once, before `windowDidLoad`.
+    virtual bool isResizable() const { return false; }
     /// The user wants the window closed (title-bar button, Esc where it means that). False keeps it open.
     virtual bool windowShouldClose() { return true; }
 

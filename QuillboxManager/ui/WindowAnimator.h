@@ -12,6 +12,7 @@ class WindowAnimator : public QObject
     Q_OBJECT
 public:
     explicit WindowAnimator(QObject *parent = nullptr);
+    ~WindowAnimator() override;
 
     /// Direction of the flips to come: right when going away from the login window, left when coming back.
     void setFlipRight(bool right) { flipRight = right; }

@@ -1,0 +1,87 @@
+#include "ui/QBLinkButton.h"
+
+#include "files/Branding.h"
+#include "ui/ControlPainting.h"
+#include "ui/QBColor.h"
+#include "ui/QBFont.h"
+#include "ui/StyleKit.h"
+
+#include <QFocusEvent>
+#include <QKeyEvent>
+#include <QPainter>
+
+namespace
+{
+constexpr int Padding = StyleKit::Grid / 2;
+}
+
+QBLinkButton::QBLinkButton(QWidget *parent) : QPushButton(parent)
+{
+    setUp();
+}
+
+QBLinkButton::QBLinkButton(const QString &title, QWidget *parent) : QPushButton(title, parent)
+{
+    setUp();
+}
+
+void QBLinkButton::setUp()
+{
+    setAttribute(Qt::WA_Hover);
+    setFlat(true);
+    setFont(QBFont::SYsystemFontOfSize(QBFont::SystemFontSize));
+    setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Fixed);
+    setCursor(Qt::PointingHandCursor);
+    applyBranding(Branding());
+}
+
+void QBLinkButton::applyBranding(const Branding &branding)
+{
+    setTextColor(QBColor::qbColorWithHexString(branding.themeColor()));
+}
+
+void QBLinkButton::setTextColor(const QColor &textColor)
+{
+    color = textColor;
+    update();
+}
+
+QSize QBLinkButton::sizeHint() const
+{
+    const QSize title = fontMetrics().size(Qt::TextShowMnemonic, text());
+    return {title.width() + 2 * Padding, qMax(title.height() + Padding, 3 * StyleKit::Grid)};
+}
+
+void QBLinkButton::paintEvent(QPaintEvent *)
+{
+    QColor ink = ControlPainting::readable(color);
+    if (!isEnabled())
+        ink = QColor(0xA8, 0xA8, 0xA8);
+    else if (isDown())
+        ink = ink.darker(130);
+
+    QPainter painter(this);
+    const bool focus = hasFocus() && keyboardFocus;
+    if (focus)
+        ControlPainting::drawBox(painter, rect(), Qt::transparent, ink, 1.5);
+    ControlPainting::drawTitle(painter, *this, rect(), ink);
+    if (!isEnabled() || !(focus || underMouse()))
+        return;
+    const int titleWidth = qMin(width(), sizeHint().width()) - 2 * Padding;
+    const int baseline = (height() + fontMetrics().ascent() - fontMetrics().descent()) / 2 + 3;
+    painter.setPen(QPen(ink, 1));
+    painter.drawLine(QPointF((width() - titleWidth) / 2.0, baseline + 0.5),
+                     QPointF((width() + titleWidth) / 2.0, baseline + 0.5));
+}
+
+void QBLinkButton::keyPressEvent(QKeyEvent *event)
+{
+    if (!ControlPainting::pressedByReturn(*this, *event))
+        QPushButton::keyPressEvent(event);
+}
+
+void QBLinkButton::focusInEvent(QFocusEvent *event)
+{
+    keyboardFocus = ControlPainting::showsFocus(event->reason(), keyboardFocus);
+    QPushButton::focusInEvent(event);
+}

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QJsonObject>
+#include <QString>
+
+#include <optional>
+
+/// What the server's login configuration means for the login window. A value; any thread.
+struct LoginPlan {
+    enum class Face { Normal, ThirdLogin };
+
+    static LoginPlan of(const QJsonObject &dicAuthInfo);
+
+    Face face = Face::Normal;
+
+    // The normal face.
+    bool changeThirdModeVisible = false; ///< a way to the single-sign-on face
+    bool forgetPWDVisible = false;
+    bool pictureCodeEnabled = false;       ///< the server may demand a picture code
+    bool pictureCodeAtOnce = false;        ///< and does so before the first attempt
+    bool oneTimePassword = false;          ///< typed on the login window itself
+    bool codeBySMS = false;                ///< asked for in the verification window
+    bool defaultsAfterPictureCode = false; ///< the remembered account is filled in after the picture-code rule
+
+    // The single-sign-on face.
+    bool changeNormalModeVisible = false; ///< a way back to account and password
+    QString loginButtonText;              ///< null: the button keeps its title
+    bool autoCasRedirect = false;         ///< leave for the authenticator without a click
+    QString authServer;                   ///< as the server gave it, not checked
+    QString authID;
+
+    /// Values to keep for the request of a second-factor code; absent: keep the ones of an earlier start.
+    struct CodeWays {
+        bool bySMS = false;
+        bool byEmail = false;
+    };
+    std::optional<CodeWays> codeWays;
+
+    bool autoLoginHidden() const { return pictureCodeEnabled || oneTimePassword || codeBySMS; }
+    /// Unattended sign-in cannot work with this server.
+    bool quitAutoLogin() const { return autoLoginHidden(); }
+};

@@ -1,0 +1,305 @@
+#include "login/LoginVerifyWindowController.h"
+
+#include "login/ChangePasswordAlert.h"
+#include "login/JsonValues.h"
+#include "login/MessageLine.h"
+#include "login/QBChangePasswordController.h"
+#include "login/ReturnKeyFilter.h"
+#include "login/SecondFactorHandOver.h"
+#include "login/VerifyErrorText.h"
+#include "platform/Localization.h"
+#include "state/NotificationNames.h"
+#include "state/PersistentKeys.h"
+#include "ui/QBFont.h"
+#include "ui/QBSpinner.h"
+#include "ui/StyleKit.h"
+#include "ui/WindowShake.h"
+#include "ui_LoginVerifyWindowController.h"
+
+#include <QKeyEvent>
+
+using platform::localizedString;
+
+namespace
+{
+constexpr qint64 DefaultInterval = 60;
+
+QString ownText(const QString &key)
+{
+    return localizedString(key, QStringLiteral("LoginVerify"));
+}
+
+QString message(const QString &key)
+{
+    return localizedString(key, QStringLiteral("Messages"));
+}
+} // namespace
+
+LoginVerifyWindowController::LoginVerifyWindowController(QBNetworking &client, platform::UserDefaults &settings,
+                                                         platform::NotificationCenter &notifications,
+                                                         const Branding &brand, std::chrono::milliseconds second,
+                                                         QObject *parent)
+    : QBWindowController(parent), networking(client), defaults(settings), center(notifications), branding(brand)
+{
+    timer.setInterval(second);
+    timer.setTimerType(Qt::PreciseTimer);
+    connect(&timer, &QTimer::timeout, this, [this] { tick(); });
+}
+
+LoginVerifyWindowController::~LoginVerifyWindowController() = default;
+
+QWidget *LoginVerifyWindowController::loadWindow()
+{
+    form = std::make_unique<Ui::LoginVerifyWindowController>();
+    auto *surface = new QWidget;
+    form->setupUi(surface);
+    return surface;
+}
+
+void LoginVerifyWindowController::windowDidLoad()
+{
+    setUpControls();
+    initialUI();
+    center.addObserver(this, NotificationNames::closeLoginVerifyWindow(), [this](const platform::Notification &) {
+        const QPointer<LoginVerifyWindowController> guard(this);
+        closeVerifyWindow();
+        if (guard)
+            close();
+    });
+}
+
+void LoginVerifyWindowController::setUpControls()
+{
+    indicator = new QBSpinner(form->verifyButton);
+    form->verifyButton->applyBranding(branding);
+    form->getVCodeButton->applyBranding(branding);
+    form->getVCodeButtonBox->setFrameShape(QFrame::NoFrame);
+    connect(form->verifyButton, &QAbstractButton::clicked, this, [this] { verifyVcode(); });
+    connect(form->getVCodeButton, &QAbstractButton::clicked, this, [this] { getVcode(); });
+    connect(form->verificationCodeTextField, &QLineEdit::textEdited, this, [this] { controlTextDidChange(); });
+    auto *returnKey = new ReturnKeyFilter(
+        [this](QObject *) {
+            const bool valid = !form->verificationCodeTextField->text().isEmpty();
+            if (valid)
+                verifyVcode();
+            return valid;
+        },
+        this);
+    returnKey->watch(form->verificationCodeTextField);
+}
+
+void LoginVerifyWindowController::initialUI()
+{
+    form->title->setText(ownText(QStringLiteral("登录验证")));
+    form->title->setFont(QBFont::SYsystemFontOfSize(QBFont::SystemFontSize + 5));
+    form->verificationCodeTextField->setPlaceholderText(ownText(QStringLiteral("pleaseinputvcode")));
+    form->verificationCodeTextField->setAccessibleName(form->verificationCodeTextField->placeholderText());
+    form->verifyButton->setText(ownText(QStringLiteral("verify")));
+    form->verifyButton->setAccessibleName(form->verifyButton->text());
+    form->getVCodeButton->setText(ownText(QStringLiteral("sendvcode")));
+    form->getVCodeButton->setAccessibleName(form->getVCodeButton->text());
+    form->getVCodeButton->setEnabled(false);
+    form->vCodeBox->setCornerRadius(StyleKit::CornerRadius);
+    form->verificationCodeTextField->setFocus(Qt::OtherFocusReason);
+    hideMessage();
+    showDestination();
+    const qint64 interval = defaults.integer(PersistentKeys::loginverifytimer());
+    setTime(interval == 0 ? DefaultInterval : interval);
+    if (!timer.isActive())
+        form->getVCodeButton->setEnabled(true); // nothing counts down that would allow it later
+    if (defaults.boolean(PersistentKeys::isduplicatesended()))
+        showMessage(ownText(QStringLiteral("再次发送验证码的间隔时间必须大于60s")), false);
+}
+
+void LoginVerifyWindowController::showDestination()
+{
+    MessageLine::show(form->phoneNumberTextView,
+                      ownText(QStringLiteral("phonenumber")) +
+                          defaults.string(PersistentKeys::loginverifyphonenumber()),
+                      MessageLine::Kind::Hint);
+}
+
+void LoginVerifyWindowController::controlTextDidChange()
+{
+    hideMessage();
+}
+
+bool LoginVerifyWindowController::eventFilter(QObject *watched, QEvent *event)
+{
+    const bool escape = event->type() == QEvent::KeyPress && static_cast<QKeyEvent *>(event)->key() == Qt::Key_Escape;
+    if (escape && isWindowLoaded() && watched == window()) {
+        window()->close();
+        return true;
+    }
+    return QBWindowController::eventFilter(watched, event);
+}
+
+// Countdown.
+
+void LoginVerifyWindowController::setTime(qint64 seconds)
+{
+    if (seconds <= 0)
+        return;
+    remaining = seconds;
+    timer.start();
+    tick();
+}
+
+void LoginVerifyWindowController::tick()
+{
+    // 0 is shown for a whole second too: the button works one tick later.
+    const bool over = remaining < 0;
+    if (over)
+        timer.stop();
+    form->getVCodeButton->setText(over ? ownText(QStringLiteral("sendvcode"))
+                                       : ownText(QStringLiteral("sendvcodeagain")) + QString::number(remaining));
+    form->getVCodeButton->setEnabled(over);
+    --remaining;
+}
+
+// Another code.
+
+void LoginVerifyWindowController::getVcode()
+{
+    window();
+    hideMessage();
+    form->getVCodeButton->setEnabled(false);
+    const SecondFactorHandOver attempt = SecondFactorHandOver::read(defaults);
+    const int number = ++callNumber;
+    LoginCalls::requestCode(networking, this, attempt.account, attempt.password, attempt.oldtelnum, attempt.authbysms,
+                            attempt.authbyemail, [this, number](const LoginAnswer &answer) {
+                                form->getVCodeButton->setEnabled(!timer.isActive());
+                                if (number == callNumber)
+                                    handleResent(answer);
+                            });
+}
+
+void LoginVerifyWindowController::handleResent(const LoginAnswer &answer)
+{
+    if (!answer.answered) {
+        showMessage(localizedString(QStringLiteral("NoSession"), QStringLiteral("LoginWindowController")), true);
+        return;
+    }
+    if (answer.error) {
+        if (answer.error.code() == 404029 || answer.error.code() == 404031)
+            showMessage(message(QStringLiteral("404031")), true);
+        else
+            showError(answer.error);
+        return;
+    }
+    VerifyErrorText::resetWrongCodes();
+    if (JsonValues::boolean(*answer.reply, QStringLiteral("isduplicatesended"))) {
+        showMessage(message(QStringLiteral("401059")), false);
+        return;
+    }
+    SecondFactorHandOver::storeDestination(defaults, *answer.reply);
+    showDestination();
+    setTime(defaults.integer(PersistentKeys::loginverifytimer()));
+    form->getVCodeButton->setEnabled(!timer.isActive());
+}
+
+// Verification.
+
+void LoginVerifyWindowController::verifyVcode()
+{
+    window();
+    if (verifying)
+        return;
+    hideMessage();
+    const QString code = form->verificationCodeTextField->text();
+    if (code.isEmpty()) {
+        showMessage(ownText(QStringLiteral("pleaseinputvcode1")), false);
+        restoreVerifyButton();
+        return;
+    }
+    verifying = true;
+    form->verifyButton->setText(QString());
+    form->verifyButton->setEnabled(false);
+    form->verificationCodeTextField->setReadOnly(true);
+    indicator->setVisible(true);
+    const SecondFactorHandOver attempt = SecondFactorHandOver::read(defaults);
+    const QJsonObject validcode{{QStringLiteral("vcode"), code}};
+    const LoginRequest request{attempt.account, attempt.password, attempt.vcodeInfo,
+                               QJsonObject{{QStringLiteral("validcode"), validcode}}};
+    const int number = ++callNumber;
+    LoginCalls::signIn(networking, this, request, [this, number](const LoginAnswer &answer) {
+        restoreVerifyButton();
+        if (number == callNumber)
+            handleVerified(answer);
+    });
+}
+
+void LoginVerifyWindowController::handleVerified(const LoginAnswer &answer)
+{
+    if (!answer.answered) {
+        showMessage(localizedString(QStringLiteral("NoSession"), QStringLiteral("LoginWindowController")), true);
+        return;
+    }
+    if (answer.error) {
+        showError(answer.error);
+        return;
+    }
+    timer.stop();
+    close();
+    VerifyErrorText::resetWrongCodes();
+    defaults.set(PersistentKeys::oldtelnum(), QString(QLatin1String("")));
+    center.post(NotificationNames::loginSuccess()); // the shell may end this window in here
+}
+
+void LoginVerifyWindowController::restoreVerifyButton()
+{
+    verifying = false;
+    indicator->setVisible(false);
+    form->verifyButton->setText(ownText(QStringLiteral("verify")));
+    form->verifyButton->setEnabled(true);
+    form->verificationCodeTextField->setReadOnly(false);
+}
+
+// Messages.
+
+void LoginVerifyWindowController::showError(const QBError &error)
+{
+    const QString text = VerifyErrorText::compose(error);
+    if (error.needModifyPassword())
+        showChangePasswordAlert(text);
+    else
+        showMessage(text, true);
+}
+
+void LoginVerifyWindowController::showMessage(const QString &text, bool shaken)
+{
+    MessageLine::show(form->errorMessageTextField, text, MessageLine::Kind::Error);
+    if (shaken)
+        WindowShake::shake(window());
+}
+
+void LoginVerifyWindowController::hideMessage()
+{
+    MessageLine::clear(form->errorMessageTextField);
+}
+
+void LoginVerifyWindowController::showChangePasswordAlert(const QString &text)
+{
+    ChangePasswordAlert::show(window(), text, [guard = QPointer<LoginVerifyWindowController>(this)] {
+        if (!guard)
+            return;
+        guard->changePasswordController = std::make_unique<QBChangePasswordController>(guard->networking);
+        guard->changePasswordController->showWindow();
+    });
+}
+
+// Closing.
+
+bool LoginVerifyWindowController::windowShouldClose()
+{
+    closeVerifyWindow();
+    return true;
+}
+
+void LoginVerifyWindowController::closeVerifyWindow()
+{
+    timer.stop();
+    ++callNumber; // whatever is under way no longer concerns anyone
+    VerifyErrorText::resetWrongCodes();
+    center.post(NotificationNames::loginVerifyWantLoginWindow()); // the shell may end this window in here
+}

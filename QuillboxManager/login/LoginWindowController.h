@@ -1,0 +1,124 @@
+#pragma once
+
+#include "files/Branding.h"
+#include "login/LoginCalls.h"
+#include "login/LoginPlan.h"
+#include "login/ThirdLoginOpener.h"
+#include "platform/NotificationCenter.h"
+#include "platform/UserDefaults.h"
+#include "ui/QBWindowController.h"
+
+#include <memory>
+
+class LoginWindowView;
+class QBChangePasswordController;
+
+namespace Ui
+{
+class LoginWindowController;
+}
+
+/// The sign-in window. Main thread; every server call runs on the background pool and its late answer is dropped when
+/// the window has moved on or is gone. The collaborators must outlive the controller's calls. Closing the window quits.
+class LoginWindowController final : public QBWindowController
+{
+    Q_OBJECT
+public:
+    explicit LoginWindowController(QBNetworking &networking = QBNetworking::sharedNetworking(),
+                                   platform::UserDefaults &defaults = platform::UserDefaults::standard(),
+                                   platform::NotificationCenter &center = platform::NotificationCenter::defaultCenter(),
+                                   ThirdLoginOpener &thirdLogin = ThirdLoginOpener::withoutBrowser(),
+                                   const Branding &branding = Branding(), QObject *parent = nullptr);
+    ~LoginWindowController() override;
+
+    /// Shows the window, in the next turn of the event loop, and signs in by itself when `autoLogin` is set, the user
+    /// wants that and the server's configuration allows it.
+    void showLoginWindowAutoLoginIfNeeded(bool autoLogin);
+
+    /// Reads the server's configuration anew and lays the window out for it.
+    void initialUI();
+
+    // Actions.
+    void loginBtn();
+    void serverSettingBtn();
+    void thirdLoginBtn();
+    void forgetMyPWD();
+    void refreshVcode();
+    void changeLoginThirdModeUI();
+    void changeLoginNormalModeUI();
+    void performRememberPassword();
+    void performAutoLogin();
+
+    void showMessage(const QString &message);
+    void hideMessage();
+    void showError(const QBError &error);
+    void showChangePasswordAlertWithMessage(const QString &message);
+    bool validateInputs();
+
+protected:
+    QWidget *loadWindow() override;
+    void windowDidLoad() override;
+    bool windowShouldClose() override;
+
+private:
+    void awakeFromNib();
+    void connectControls();
+    Ui::LoginWindowController &form();
+
+    // Configuration.
+    void initialLogoUI();
+    void fetchConfiguration();
+    void showConfiguration(const ServerReply &reply);
+    void showMissingConfiguration();
+    void showNormalFace();
+    void showThirdFace();
+    void initialLoginNormalUI();
+    void applySecondFactorRules();
+    void applyPictureCodeRule();
+    void performUserDefaults();
+    void saveUserDefaults();
+
+    // One attempt.
+    bool performReturn();
+    void controlTextDidChange();
+    void refreshComfirmButton();
+    LoginRequest typedRequest();
+    void handleAnswer(const LoginRequest &request, const LoginAnswer &answer);
+    void handleSuccess();
+    void handleCodeRequest(const LoginAnswer &answer);
+    void handleLoginVerifyErrorMessage(const QBError &error);
+    void requestSecondFactor(const LoginRequest &request);
+    void showPictureCodeLater();
+    void endAttempt();
+    void showAlert(int icon, const QString &messageKey);
+    void showNetBreakAlert();
+
+    // Picture code.
+    void setVcodeUI();
+    void fetchPictureCode(const QString &previous);
+
+    void changeUserBoxActive(int tag);
+    void changeUserBoxDeactive(int tag);
+    void changePasswordsBoxActive(int tag);
+    void changePasswordsBoxDeactive(int tag);
+    void colourBox(int tag, bool active);
+
+    QBNetworking &networking;
+    platform::UserDefaults &defaults;
+    platform::NotificationCenter &center;
+    ThirdLoginOpener &thirdLogin;
+    const Branding branding;
+
+    LoginWindowView *view = nullptr; ///< owned by the base class
+    ServerReply dicAuthInfo;         ///< absent: the server could not be reached
+    LoginPlan plan;                  ///< what dicAuthInfo means
+    QString uuid;                    ///< of the picture code on show
+    bool needAutoLogin = false;
+    bool quitAutoLogin = false;
+    bool submitting = false;
+    bool askingReachability = false;
+    int configurationNumber = 0; ///< of the newest initialUI; older answers are dropped
+    int attemptNumber = 0;
+    int pictureNumber = 0;
+    std::unique_ptr<QBChangePasswordController> changePasswordController;
+};

@@ -1,6 +1,7 @@
 #pragma once
 
-namespace documentserver {
+namespace documentserver
+{
 
 /// The codes of the API's error replies. The first three digits are the HTTP status of the reply.
 enum ErrorCode : int {

@@ -9,7 +9,8 @@
 #include <functional>
 #include <memory>
 
-namespace documentserver {
+namespace documentserver
+{
 
 /// How a server is set up. Empty paths mean "inside the data folder" where a default is named, else "not used".
 struct Options {
@@ -61,9 +62,9 @@ public:
     QByteArray passwordCertificate() const;
 
     // What happened, for people who test against the server.
-    QStringList calls() const;                          ///< "service.method" of the newest 10,000 requests, oldest first
-    void clearCalls();                                  ///< forgets calls()
-    QList<SentCode> sentCodes() const;                  ///< the newest 100, oldest first
+    QStringList calls() const;         ///< "service.method" of the newest 10,000 requests, oldest first
+    void clearCalls();                 ///< forgets calls()
+    QList<SentCode> sentCodes() const; ///< the newest 100, oldest first
     QString pictureCodeText(const QString &uuid) const; ///< the solution, null when unknown or expired
 
 private:

@@ -1,0 +1,45 @@
+#include "Account.h"
+
+using namespace Qt::StringLiterals;
+
+namespace documentserver
+{
+
+QJsonObject Account::userInformation() const
+{
+    return {{u"userid"_s, userid()},
+            {u"account"_s, name()},
+            {u"name"_s, displayName().isEmpty() ? name() : displayName()},
+            {u"mail"_s, mail()},
+            {u"usertype"_s, members.value("usertype"_L1).toInt(1)},
+            {u"pwdcontrol"_s, members.value("pwdcontrol"_L1).toInt(0)},
+            {u"roleinfos"_s, members.value("roleinfos"_L1).toArray()},
+            {u"directdepinfos"_s, members.value("directdepinfos"_L1).toArray()}};
+}
+
+QJsonArray Account::quota() const
+{
+    if (members.value("quotainfos"_L1).isArray())
+        return members.value("quotainfos"_L1).toArray();
+    return {QJsonObject{{u"docid"_s, u"gns://%1"_s.arg(userid())},
+                        {u"docname"_s, displayName().isEmpty() ? name() : displayName()},
+                        {u"typename"_s, u"personal"_s},
+                        {u"quota"_s, 5LL << 30},
+                        {u"used"_s, 0}}};
+}
+
+QJsonObject demoAccount()
+{
+    return {{u"account"_s, u"demo"_s},
+            {u"password"_s, u"Quillbox-demo1"_s},
+            {u"name"_s, u"Demo User"_s},
+            {u"mail"_s, u"demo@example.org"_s},
+            {u"phone"_s, u"13800001234"_s},
+            {u"otpsecret"_s, u"KF2WS3DMMJXXQLLEMVWW6LLPNZSQ"_s},
+            {u"usertype"_s, 1},
+            {u"pwdcontrol"_s, 0},
+            {u"roleinfos"_s, QJsonArray()},
+            {u"directdepinfos"_s, QJsonArray{QJsonObject{{u"id"_s, u"1"_s}, {u"name"_s, u"Demonstration"_s}}}}};
+}
+
+} // namespace documentserver

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "Account.h"
+
+#include <QHash>
+#include <QStringList>
+
+#include <mutex>
+#include <optional>
+
+namespace documentserver
+{
+
+/// The accounts file: {"accounts": [ {...} ]}. It may be edited by hand at any time; a plain "password" member is
+/// hashed and the file written again as soon as it is read. A file that became unreadable leaves the last good state in
+/// force and is reported on standard error. Any thread.
+class Accounts
+{
+public:
+    /// Reads the file, or makes it with the demo account when there is none and `makeDemo` is set.
+    bool open(const QString &file, bool makeDemo, QString *error);
+
+    std::optional<Account> find(const QString &name);
+    /// Gives the account a new password, on disk before it returns. False with a text in *error.
+    bool setPassword(const QString &name, const QByteArray &password, qint64 now, QString *error);
+    /// Adds an account; false when the name is taken or not acceptable.
+    bool add(const QString &name, const QByteArray &password, QString *error);
+
+private:
+    bool read(QString *error);
+    bool write(QString *error);
+    void readIfChanged();
+    Account *entry(const QString &name);
+
+    std::mutex mutex;
+    QString path;
+    QByteArray seen;
+    QJsonObject document;
+    QList<Account> accounts;
+    QHash<QString, qsizetype> positions;
+};
+
+} // namespace documentserver

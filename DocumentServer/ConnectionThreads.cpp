@@ -1,0 +1,44 @@
+#include "ConnectionThreads.h"
+
+namespace documentserver
+{
+
+void ConnectionThreads::enqueue(std::function<void()> job)
+{
+    const std::lock_guard lock(mutex);
+    jobs.push_back(std::move(job));
+    if (jobs.size() > idle && threads.size() < mostThreads)
+        threads.emplace_back([this] { work(); });
+    wake.notify_one();
+}
+
+void ConnectionThreads::shutdown()
+{
+    {
+        const std::lock_guard lock(mutex);
+        ending = true;
+    }
+    wake.notify_all();
+    for (std::thread &thread : threads)
+        thread.join();
+}
+
+/// Waiting jobs are run even at the end: each owns a connection that it has to close.
+void ConnectionThreads::work()
+{
+    std::unique_lock lock(mutex);
+    while (true) {
+        ++idle;
+        wake.wait(lock, [this] { return !jobs.empty() || ending; });
+        --idle;
+        if (jobs.empty())
+            return;
+        const auto job = std::move(jobs.front());
+        jobs.pop_front();
+        lock.unlock();
+        job();
+        lock.lock();
+    }
+}
+
+} // namespace documentserver

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "Certificates.h"
+#include "Router.h"
+
+#include <functional>
+#include <memory>
+#include <thread>
+
+namespace httplib
+{
+class Server;
+struct Request;
+struct Response;
+class ContentReader;
+} // namespace httplib
+
+namespace documentserver
+{
+
+/// One listening port, HTTP or HTTPS, that hands requests to a handler on threads of its own.
+class HttpFront
+{
+public:
+    /// `path`, `query`, `body`. May be called by many threads at once.
+    using Handler = std::function<Reply(const QString &, const QByteArray &, const QByteArray &)>;
+    /// The file behind "/download/NAME"; empty: none.
+    using FileFinder = std::function<QString(const QString &)>;
+
+    /// A null identity makes it plain HTTP.
+    HttpFront(Handler handler, FileFinder finder, const Identity *identity);
+    ~HttpFront(); ///< stops
+    HttpFront(const HttpFront &) = delete;
+    HttpFront &operator=(const HttpFront &) = delete;
+
+    /// Port 0 takes any free one. False with a text in *error.
+    bool listen(const QString &host, int port, QString *error);
+    /// Cuts every connection and waits for the threads.
+    void stop();
+    int port() const { return boundPort; }
+
+private:
+    void addRoutes();
+    void limit();
+    void answerCall(const httplib::Request &request, httplib::Response &response,
+                    const httplib::ContentReader &reader) const;
+    void answerDownload(const httplib::Request &request, httplib::Response &response) const;
+
+    Handler handler;
+    FileFinder finder;
+    std::unique_ptr<httplib::Server> server;
+    std::thread listener;
+    int boundPort = -1;
+};
+
+} // namespace documentserver

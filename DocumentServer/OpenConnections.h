@@ -1,0 +1,10 @@
+#pragma once
+
+namespace documentserver
+{
+
+/// Shuts down every connection of this process that came in on the local port: its threads, which may wait for a next
+/// request for a long time, wake up at once.
+void cutConnections(int port);
+
+} // namespace documentserver

@@ -1,6 +1,5 @@
 #include "platform/linux/LinuxFolders.h"
 
-#include "platform/HostProcess.h"
 #include "platform/Log.h"
 
 #include <QFile>
@@ -115,12 +114,6 @@ QString LinuxFolders::volumes() const
 QString LinuxFolders::userDefaultsFile() const
 {
     return below(configurationBase(), QStringLiteral("com.velto.quillbox.plist"));
-}
-
-Folders &hostFolders()
-{
-    static LinuxFolders folders;
-    return folders;
 }
 
 } // namespace platform

@@ -568,6 +568,62 @@
         <source>Vcode.placeholderString</source>
         <translation>Verification code</translation>
     </message>
+    <message>
+        <source>RememberPassword.title</source>
+        <translation>Remember password</translation>
+    </message>
+    <message>
+        <source>AutoLogin.title</source>
+        <translation>Sign in automatically</translation>
+    </message>
+    <message>
+        <source>ForgetPWD.title</source>
+        <translation>Forgot password?</translation>
+    </message>
+    <message>
+        <source>ChangeThirdMode.title</source>
+        <translation>Single sign-on</translation>
+    </message>
+    <message>
+        <source>ChangeNormalMode.title</source>
+        <translation>Use account and password</translation>
+    </message>
+    <message>
+        <source>ThirdLogin.title</source>
+        <translation>Single sign-on</translation>
+    </message>
+    <message>
+        <source>ThirdLogin.unavailable</source>
+        <translation>This installation cannot show the single sign-on page. Contact your administrator.</translation>
+    </message>
+    <message>
+        <source>ThirdLogin.badAddress</source>
+        <translation>The address for single sign-on is not valid. Contact your administrator.</translation>
+    </message>
+    <message>
+        <source>ServerSetting.title</source>
+        <translation>Server settings</translation>
+    </message>
+    <message>
+        <source>Retry.title</source>
+        <translation>Try again</translation>
+    </message>
+    <message>
+        <source>NoServerConfig</source>
+        <translation>Cannot reach the server. Check your network or the server settings, then try again.</translation>
+    </message>
+    <message>
+        <source>NoSession</source>
+        <translation>The server did not complete the sign-in. Try again later.</translation>
+    </message>
+    <message>
+        <source>Vcode.accessibleName</source>
+        <translation>Picture code, press for another one</translation>
+    </message>
+    <message>
+        <source>Vcode.unavailable</source>
+        <translation>Try again</translation>
+    </message>
 </context>
 <context>
     <name>MainMenu</name>
@@ -594,6 +650,18 @@
     <message>
         <source>Logout.title</source>
         <translation>Sign Out</translation>
+    </message>
+    <message>
+        <source>OnlineHelp.title</source>
+        <translation>Online Help</translation>
+    </message>
+    <message>
+        <source>OnlineTrain.title</source>
+        <translation>Online Training</translation>
+    </message>
+    <message>
+        <source>QuickStart.title</source>
+        <translation>Quick Start</translation>
     </message>
     <message>
         <source>Safari.title</source>
@@ -977,6 +1045,10 @@
     <message>
         <source>ServerAddressTitle</source>
         <translation>Server address</translation>
+    </message>
+    <message>
+        <source>Heading.title</source>
+        <translation>Server settings</translation>
     </message>
 </context>
 <context>

@@ -568,6 +568,62 @@
         <source>Vcode.placeholderString</source>
         <translation>验证码</translation>
     </message>
+    <message>
+        <source>RememberPassword.title</source>
+        <translation>记住密码</translation>
+    </message>
+    <message>
+        <source>AutoLogin.title</source>
+        <translation>自动登录</translation>
+    </message>
+    <message>
+        <source>ForgetPWD.title</source>
+        <translation>忘记密码？</translation>
+    </message>
+    <message>
+        <source>ChangeThirdMode.title</source>
+        <translation>单点登录</translation>
+    </message>
+    <message>
+        <source>ChangeNormalMode.title</source>
+        <translation>使用账号和密码登录</translation>
+    </message>
+    <message>
+        <source>ThirdLogin.title</source>
+        <translation>单点登录</translation>
+    </message>
+    <message>
+        <source>ThirdLogin.unavailable</source>
+        <translation>此安装无法显示单点登录页面，请联系管理员。</translation>
+    </message>
+    <message>
+        <source>ThirdLogin.badAddress</source>
+        <translation>单点登录的地址无效，请联系管理员。</translation>
+    </message>
+    <message>
+        <source>ServerSetting.title</source>
+        <translation>服务器设置</translation>
+    </message>
+    <message>
+        <source>Retry.title</source>
+        <translation>重试</translation>
+    </message>
+    <message>
+        <source>NoServerConfig</source>
+        <translation>无法连接服务器，请检查网络或服务器设置后重试。</translation>
+    </message>
+    <message>
+        <source>NoSession</source>
+        <translation>服务器未能完成登录，请稍后重试。</translation>
+    </message>
+    <message>
+        <source>Vcode.accessibleName</source>
+        <translation>验证码图片，点击可更换</translation>
+    </message>
+    <message>
+        <source>Vcode.unavailable</source>
+        <translation>点击重试</translation>
+    </message>
 </context>
 <context>
     <name>MainMenu</name>
@@ -594,6 +650,18 @@
     <message>
         <source>Logout.title</source>
         <translation>注销</translation>
+    </message>
+    <message>
+        <source>OnlineHelp.title</source>
+        <translation>在线帮助</translation>
+    </message>
+    <message>
+        <source>OnlineTrain.title</source>
+        <translation>在线培训</translation>
+    </message>
+    <message>
+        <source>QuickStart.title</source>
+        <translation>快速入门</translation>
     </message>
     <message>
         <source>Safari.title</source>
@@ -977,6 +1045,10 @@
     <message>
         <source>ServerAddressTitle</source>
         <translation>服务器地址</translation>
+    </message>
+    <message>
+        <source>Heading.title</source>
+        <translation>服务器设置</translation>
     </message>
 </context>
 <context>

@@ -568,6 +568,62 @@
         <source>Vcode.placeholderString</source>
         <translation>驗證碼</translation>
     </message>
+    <message>
+        <source>RememberPassword.title</source>
+        <translation>記住密碼</translation>
+    </message>
+    <message>
+        <source>AutoLogin.title</source>
+        <translation>自動登入</translation>
+    </message>
+    <message>
+        <source>ForgetPWD.title</source>
+        <translation>忘記密碼？</translation>
+    </message>
+    <message>
+        <source>ChangeThirdMode.title</source>
+        <translation>單一登入</translation>
+    </message>
+    <message>
+        <source>ChangeNormalMode.title</source>
+        <translation>使用帳號和密碼登入</translation>
+    </message>
+    <message>
+        <source>ThirdLogin.title</source>
+        <translation>單一登入</translation>
+    </message>
+    <message>
+        <source>ThirdLogin.unavailable</source>
+        <translation>此安裝無法顯示單一登入頁面，請聯絡管理員。</translation>
+    </message>
+    <message>
+        <source>ThirdLogin.badAddress</source>
+        <translation>單一登入的位址無效，請聯絡管理員。</translation>
+    </message>
+    <message>
+        <source>ServerSetting.title</source>
+        <translation>伺服器設定</translation>
+    </message>
+    <message>
+        <source>Retry.title</source>
+        <translation>重試</translation>
+    </message>
+    <message>
+        <source>NoServerConfig</source>
+        <translation>無法連線到伺服器，請檢查網路或伺服器設定後重試。</translation>
+    </message>
+    <message>
+        <source>NoSession</source>
+        <translation>伺服器未能完成登入，請稍後重試。</translation>
+    </message>
+    <message>
+        <source>Vcode.accessibleName</source>
+        <translation>驗證碼圖片，點按可更換</translation>
+    </message>
+    <message>
+        <source>Vcode.unavailable</source>
+        <translation>點按重試</translation>
+    </message>
 </context>
 <context>
     <name>MainMenu</name>
@@ -594,6 +650,18 @@
     <message>
         <source>Logout.title</source>
         <translation>登出</translation>
+    </message>
+    <message>
+        <source>OnlineHelp.title</source>
+        <translation>線上說明</translation>
+    </message>
+    <message>
+        <source>OnlineTrain.title</source>
+        <translation>線上培訓</translation>
+    </message>
+    <message>
+        <source>QuickStart.title</source>
+        <translation>快速入門</translation>
     </message>
     <message>
         <source>Safari.title</source>
@@ -977,6 +1045,10 @@
     <message>
         <source>ServerAddressTitle</source>
         <translation>伺服器位址</translation>
+    </message>
+    <message>
+        <source>Heading.title</source>
+        <translation>伺服器設定</translation>
     </message>
 </context>
 <context>

@@ -4,7 +4,8 @@
 #include <QString>
 
 /// Digest and Base64 of bytes. Any thread.
-namespace DataValidation {
+namespace DataValidation
+{
 
 /// Upper-case hexadecimal MD5.
 QString md5(const QByteArray &data);

@@ -4,7 +4,8 @@
 #include <QString>
 
 /// Queries on a path, and digest and Base64 of a text. Any thread; the queries stat the disk.
-namespace PathUtils {
+namespace PathUtils
+{
 
 bool exist(const QString &path);
 bool existFile(const QString &path);

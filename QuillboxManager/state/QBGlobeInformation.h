@@ -1,35 +1,14 @@
 #pragma once
 
+#include "state/QBGlobeAccount.h"
+#include "state/QBGlobeServer.h"
+
 #include <QMutex>
 #include <QString>
 #include <QVariantMap>
 
-#include <optional>
-
-/// The document server the client talks to. Null texts: not known yet. A value.
-struct QBGlobeServer {
-    QString address;               ///< host name or IP address as the user typed it
-    QString authPort;              ///< port of the API service, kept as text
-    std::optional<bool> useHttps;  ///< absent counts as plain HTTP
-
-    static QBGlobeServer globeServerWithDic(const QVariantMap &dictionary) { return initWithDic(dictionary); }
-    static QBGlobeServer initWithDic(const QVariantMap &dictionary);
-    QVariantMap descriptor() const;
-};
-
-/// The account that is signed in. Null texts: not known yet. A value.
-struct QBGlobeAccount {
-    QString name;
-    QString userID;
-    QString tokenID; ///< empty: signed out
-
-    static QBGlobeAccount globeAccountWithDic(const QVariantMap &dictionary) { return initWithDic(dictionary); }
-    static QBGlobeAccount initWithDic(const QVariantMap &dictionary);
-    QVariantMap descriptor() const;
-};
-
-/// The process-wide record of server and account and its file "quillbox.globe". Any thread; readers get copies. There is
-/// no automatic save: a writer changes the records and calls `update`.
+/// The process-wide record of server and account and its file "quillbox.globe". Any thread; readers get copies. There
+/// is no automatic save: a writer changes the records and calls `update`.
 class QBGlobeInformation
 {
 public:
@@ -38,7 +17,7 @@ public:
     /// Shared writable instance, the one the API client holds.
     static QBGlobeInformation &defaultGlobeInformation();
 
-    /// Makes an empty file at `path` when none is there, then reads it.
+    /// Makes an empty file at `path` when none is there, then reads it. A null path keeps the records in memory only.
     QBGlobeInformation(const QString &path, bool readonly);
 
     QString path() const { return filePath; }
@@ -66,6 +45,7 @@ private:
     const QString filePath;
     const bool readonly;
     mutable QMutex mutex;
+    QMutex fileMutex; ///< the file ends up with the records of the last `update`, whoever was faster
     QBGlobeServer serverRecord;
     QBGlobeAccount accountRecord;
 };

@@ -1,17 +1,20 @@
 #pragma once
 
+#include "api/ClientServices.h"
 #include "api/HttpTransport.h"
 #include "api/QBError.h"
 
-#include <QJsonArray>
 #include <QJsonObject>
 #include <QMutex>
 #include <QString>
+#include <QWaitCondition>
 
+#include <chrono>
 #include <functional>
 #include <optional>
 
 class QBGlobeInformation;
+struct QBGlobeAccount;
 namespace platform
 {
 class UserDefaults;
@@ -33,7 +36,13 @@ class QBNetworking
 public:
     static QBNetworking &sharedNetworking();
 
-    QBNetworking(QBGlobeInformation &globe, HttpTransport &transport, platform::UserDefaults &defaults);
+    /// What is handed over outlives the object.
+    QBNetworking(QBGlobeInformation &globe, HttpTransport &transport, platform::UserDefaults &defaults,
+                 const ClientServices &services = ClientServices::shared());
+    /// Waits for the probes and diagnostic calls in progress; shut the transport down first to make that short.
+    ~QBNetworking();
+    QBNetworking(const QBNetworking &) = delete;
+    QBNetworking &operator=(const QBNetworking &) = delete;
 
     bool validateInstance() const { return this == &sharedNetworking(); }
 
@@ -65,14 +74,16 @@ public:
     QString spliceURLWithoutToken(const QString &api, const QString &method) const;
     QString spliceURL(const QString &api, const QString &method) const;
 
-    // Sending. Null data: no reply. With a server error both the error and the data come back.
+    // Sending. Null data: no reply; empty data: an empty reply. With a server error both the error and the data come
+    // back.
     QByteArray postWithURL(const QString &url, const QByteArray &body, QBError *error);
     QByteArray postWithURL1(const QString &url, const QByteArray &body, QBError *error);
     void testURLSessionURL(const QString &url, const QByteArray &body, QBError *error);
     bool reachability();
     /// True when something answers the ping of the stored server, whatever it says; path family "/api/v1/" or "/v1/".
     bool pingStoredServer(bool apiFamily);
-    /// Probes HTTPS, then HTTP, and stores what answered. Returns at once; the handler runs on a background thread.
+    /// Signs out, probes HTTPS, then HTTP, and stores what answered. Returns at once; the handler runs once, on a
+    /// background thread. A probe or sign-in that a later one overtook stores nothing and ends as failed.
     void serverConfigWithServer(const QString &server, const QString &authPort, const QString &filePort,
                                 std::function<void(ServerConfigResult)> handle);
 
@@ -113,12 +124,26 @@ public:
     void deleteCookies() { transport.deleteCookies(); }
 
 private:
-    ServerReply call(const QString &url, const QByteArray &body, QBError *error);
+    enum class ReplyShape { Object, Array };
+    enum class Delivery { Usual, Once }; ///< Once: never sent a second time by the transport itself
+
+    QByteArray send(const QString &url, const QByteArray &body, ReplyShape shape, Delivery delivery, QBError *error);
+    ServerReply call(const QString &url, const QByteArray &body, QBError *error, Delivery delivery = Delivery::Usual);
+    ServerReply callOrNothing(const QString &url, const QByteArray &body);
+    HttpReply ping(const QString &url, std::chrono::milliseconds timeout);
+    void runInBackground(std::function<void()> work);
+    bool probe(const QString &server, const QString &authPort, bool https, quint64 attempt);
+
+    quint64 beginAttempt();
+    bool storeSession(quint64 attempt, const QBGlobeAccount &account);
+    QBError openSession(quint64 attempt, const QString &name, const QJsonObject &reply);
+    void signIn(const QString &url, const QByteArray &body, const QString &name, const LoginHandle &handle);
 
     QBGlobeInformation &globe;
     HttpTransport &transport;
     platform::UserDefaults &defaults;
-    mutable QMutex mutex; ///< guards the shared values below
+    const ClientServices services;
+    mutable QMutex mutex; ///< guards what follows
     ServerReply updateVersion;
     QString accountNameInProgress;
     QString linkPrefix;
@@ -127,4 +152,7 @@ private:
     bool entryRequestFailed = false;
     bool httpOnly = false;
     std::function<void(const QBError &)> serviceErrorReporter;
+    quint64 latestAttempt = 0; ///< of the sign-ins, probes and logouts; only the latest may change the session
+    int backgroundCalls = 0;
+    QWaitCondition backgroundCallEnded;
 };

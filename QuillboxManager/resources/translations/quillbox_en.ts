@@ -574,7 +574,7 @@
     </message>
     <message>
         <source>AutoLogin.title</source>
-        <translation>Sign in automatically</translation>
+        <translation>Automatic sign-in</translation>
     </message>
     <message>
         <source>ForgetPWD.title</source>

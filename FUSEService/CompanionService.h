@@ -1,0 +1,45 @@
+#pragma once
+
+#include "MessageReceiver.h"
+
+#include <QObject>
+#include <QString>
+
+#include <memory>
+
+class QBGlobeInformation;
+namespace platform
+{
+class DistributedNotificationCenter;
+}
+
+/// The companion's work between start and stop: serves the local socket for the signed-in user and announces it. Main
+/// thread.
+class CompanionService : public QObject
+{
+    Q_OBJECT
+public:
+    CompanionService(QBGlobeInformation &session, platform::DistributedNotificationCenter &distributed,
+                     const QString &socketPath, QObject *parent = nullptr);
+    ~CompanionService() override;
+
+    /// 0 when it serves; otherwise the exit code, after a log line that says why.
+    int start();
+    /// Closes the connections and removes the socket.
+    void stop();
+
+Q_SIGNALS:
+    /// The manager asks the service to end.
+    void stopRequested();
+
+private:
+    /// Somebody answers at the socket.
+    bool socketIsAlive() const;
+    bool listen();
+
+    QBGlobeInformation &session;
+    platform::DistributedNotificationCenter &distributed;
+    const QString socketPath;
+    const std::shared_ptr<MessageReceiver> receiver;
+    std::shared_ptr<GDUnixSocketServer> server;
+};

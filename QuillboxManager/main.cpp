@@ -1,0 +1,42 @@
+#include "platform/Bundle.h"
+#include "platform/Host.h"
+#include "platform/Localization.h"
+#include "shell/AppDelegate.h"
+#include "shell/ExitSignals.h"
+#include "shell/ProcessEnd.h"
+#include "shell/SingleInstance.h"
+#include "ui/StyleKit.h"
+#include "ui/TestIdentifiers.h"
+
+#include <QApplication>
+
+int main(int argc, char **argv)
+{
+    // The embedded browser paints by itself; without this every start loads the desktop's graphics drivers.
+    qputenv("QT_XCB_GL_INTEGRATION", "none");
+    const platform::Bundle &bundle = platform::Bundle::main();
+    if (shell::SingleInstance::yieldToOtherCopy(platform::host(), bundle, argc, argv))
+        return 0;
+
+    QApplication application(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("Quillbox"));
+    QApplication::setDesktopFileName(bundle.identifier());
+    QApplication::setQuitOnLastWindowClosed(false);
+    platform::loadLocalization(bundle.resourcePath() + QStringLiteral("/translations"));
+    StyleKit::install();
+    TestIdentifiers::installIfWanted();
+
+    int status = 0;
+    {
+        AppDelegate delegate;
+        const shell::ExitSignals signals([&delegate] { delegate.terminateWithoutAsking(); });
+        QObject::connect(&application, &QGuiApplication::commitDataRequest, &delegate,
+                         &AppDelegate::terminateWithoutAsking);
+        QObject::connect(&application, &QCoreApplication::aboutToQuit, &delegate,
+                         &AppDelegate::applicationWillTerminate);
+        delegate.handleArguments(QCoreApplication::arguments().mid(1));
+        delegate.applicationDidFinishLaunching();
+        status = QApplication::exec();
+    }
+    return shell::endProcess(status);
+}

@@ -1,0 +1,343 @@
+#include "shell/AppDelegate.h"
+
+#include "api/QBNetworking.h"
+#include "platform/Dispatch.h"
+#include "platform/Host.h"
+#include "platform/Log.h"
+#include "platform/Task.h"
+#include "platform/linux/LaunchRequest.h"
+#include "shell/AppUpdateFlag.h"
+#include "shell/FirstRunRegistration.h"
+#include "shell/ShellStrings.h"
+#include "state/NotificationNames.h"
+#include "ui/Application.h"
+
+#include <utility>
+
+namespace
+{
+/// How long an end without questions waits for the volume to be detached.
+constexpr std::chrono::milliseconds DetachPatience{3000};
+
+/// Waits for the script: background pool only. Nothing when it cannot be run.
+std::optional<QByteArray> runAppleScript(const platform::Scripts &scripts, const QString &script)
+{
+    QStringList command = scripts.appleScriptCommand(script, {});
+    if (command.isEmpty())
+        return std::nullopt;
+    const QString program = command.takeFirst();
+    return platform::runTask(program, command).output;
+}
+
+QString volumePath(const platform::Host &host)
+{
+    return host.folders.volumes() + u'/' + ShellStrings::sidebarName();
+}
+} // namespace
+
+AppDelegate::AppDelegate(shell::ShellContext given)
+    : context(std::move(given)), service(shell::ServiceProcess::executableIn(context.bundle)),
+      watch([this] { return serviceRunning(); }, [this] { handleServiceDidStop(); }, context.serviceWatchInterval),
+      client(
+          context.host.folders.temporary() + u'/' + ShellStrings::serviceSocket(), [this] { return serviceRunning(); },
+          context.forwardingRetry),
+      fonts(shell::FontSetup::placesFor(context.bundle, context.host.folders), context.fontNames),
+      driver(
+          context.host, context.bundle, volumePath(context.host), context.present, [this] { terminate(); },
+          context.driverPauses),
+      termination(
+          shell::VolumeControl(context.host.volumes), volumePath(context.host), [this] { return serviceRunning(); },
+          context.present),
+      serverCheck(context.networking, context.defaults), loginSuccess(context.networking),
+      flow(context.networking, context.center, context.windows, *this),
+      quickStart(context.networking, context.host.workspace, context.bundle.shortVersion()),
+      updatePrompt(context.present), menu([this](int tag) { return validateUserInterfaceItem(tag); }),
+      item(*menu.menu(), context.makeTrayHost())
+{
+    awakeFromNib();
+    Application::setTerminateHandler([this] { terminate(); });
+    context.networking.setServiceErrorReporter([this](const QBError &error) {
+        context.present(QBAlert::defaultQBAlertWithShowsSuppressionButton(false, error), [](int) {});
+    });
+}
+
+AppDelegate::~AppDelegate()
+{
+    context.networking.setServiceErrorReporter(nullptr);
+    Application::setTerminateHandler(nullptr);
+}
+
+void AppDelegate::applicationDidFinishLaunching()
+{
+    registerAppleEvent();
+    platform::inBackground(
+        this,
+        [&host = context.host, bundle = context.bundle] {
+            for (const platform::RunningApplication &leftOver :
+                 host.workspace.runningApplications(ShellStrings::serviceIdentifier()))
+                host.workspace.terminate(leftOver);
+            const QString branding = bundle.pathForResource(QStringLiteral("QBOEM"), QStringLiteral("plist"));
+            shell::FirstRunRegistration(host.scripts, bundle, Branding(branding)).registerOnce();
+        },
+        [this] { prepareFonts(); });
+}
+
+void AppDelegate::prepareFonts()
+{
+    fonts.prepare([this] { driver.checkFuseInstalled([this] { continueLaunch(); }); });
+}
+
+void AppDelegate::continueLaunch()
+{
+    addObservers();
+    initialMenu();
+    launched = true;
+    comfirmLogin();
+}
+
+void AppDelegate::addObservers()
+{
+    flow.addObservers();
+    context.center.addObserver(this, NotificationNames::loginSuccess(),
+                               [this](const platform::Notification &) { handleLoginStatusDidChanged(); });
+    context.center.addObserver(this, NotificationNames::userProtocolShowVolume(),
+                               [this](const platform::Notification &) { userProtocolShowVolume(); });
+    context.host.distributed.addObserver(this, DistributedNotificationNames::registerServerSucess(),
+                                         [this](const platform::Notification &) { registerClient(); });
+}
+
+void AppDelegate::comfirmLogin()
+{
+    serverCheck.comfirmLogin([this](const shell::ServerCheckOutcome &outcome) { followServerCheck(outcome); });
+}
+
+void AppDelegate::followServerCheck(const shell::ServerCheckOutcome &outcome)
+{
+    using Step = shell::ServerCheckOutcome::Step;
+    switch (outcome.step) {
+    case Step::ServerWindowWithCode:
+        showServerSettingWindowWithCode(outcome.code);
+        break;
+    case Step::ServerWindowWithError:
+        Application::activate();
+        showServerSettingWindowWithErrorLocalizedDescription(outcome.text);
+        break;
+    case Step::UpdatePrompt:
+        showUpdateQBVersionWindow(false);
+        break;
+    case Step::Login:
+        showLoginWindowAllowAutoLogin(true);
+        break;
+    }
+}
+
+void AppDelegate::registerAppleEvent()
+{
+    context.host.launchEvents.listen(this,
+                                     {.reopen = [this] { applicationShouldHandleReopen(); },
+                                      .openURL = [this](const QString &url) { client.handleAppleEvent(url); },
+                                      .serviceText = [this](const QString &text) { client.handleSearchQBFile(text); }});
+}
+
+void AppDelegate::applicationShouldHandleReopen()
+{
+    const bool hasVisibleWindows = flow.hasVisibleWindow() || (agreement && agreement->isVisible());
+    const bool signedIn = launched && context.networking.isLogin();
+    if (hasVisibleWindows)
+        flow.activateVisibleWindow();
+    else if (signedIn)
+        showQuillboxVolume();
+    // Nothing else leads to the menu on a desktop without a tray, and a launch always shows something.
+    if (!item.hasIcon() || (!hasVisibleWindows && !signedIn))
+        item.showMenuWindow();
+}
+
+void AppDelegate::handleArguments(const QStringList &arguments)
+{
+    using Kind = platform::LaunchRequest::Kind;
+    for (const platform::LaunchRequest &request : platform::launchRequests(arguments)) {
+        if (request.kind == Kind::OpenURL)
+            client.handleAppleEvent(request.text);
+        else if (request.kind == Kind::ServiceText)
+            client.handleSearchQBFile(request.text);
+    }
+}
+
+void AppDelegate::showLoginWindowAllowAutoLogin(bool allow)
+{
+    flow.showLoginWindowAllowAutoLogin(allow);
+}
+
+void AppDelegate::showServerSettingWindowWithCode(int code)
+{
+    flow.showServerSettingWindowWithCode(code);
+}
+
+void AppDelegate::showServerSettingWindowWithErrorLocalizedDescription(const QString &description)
+{
+    flow.showServerSettingWindowWithErrorLocalizedDescription(description);
+}
+
+void AppDelegate::handleLoginStatusDidChanged()
+{
+    ++session;
+    flow.closeLoginWindow();
+    loginSuccess.handleLoginStatusDidChanged([this](const std::optional<QString> &text) {
+        if (text)
+            showAgreement(*text);
+        else
+            userProtocolShowVolume();
+    });
+}
+
+void AppDelegate::showAgreement(const QString &text)
+{
+    closeAgreement();
+    agreement = std::make_unique<shell::AgreementDialog>(context.networking, context.center, context.present);
+    agreement->loadUserProtocol(text);
+    agreement->showWindow();
+    agreement->center();
+    Application::activate(agreement->window());
+}
+
+void AppDelegate::closeAgreement()
+{
+    if (!agreement)
+        return;
+    agreement->close();
+    // Its button is what brought us here.
+    agreement.release()->deleteLater();
+}
+
+void AppDelegate::userProtocolShowVolume()
+{
+    closeAgreement();
+    showQuillboxVolume();
+    addChangePasswordMenuItem();
+}
+
+void AppDelegate::showQuillboxVolume()
+{
+    if (service.isRunning()) {
+        reopenQuillbox();
+        return;
+    }
+    if (!service.launch())
+        return;
+    // The watch does not wait for the introduction: its answer may take as long as a server does.
+    quickStart.openIfNeeded();
+    checkServiceRunning();
+}
+
+void AppDelegate::checkServiceRunning()
+{
+    menu.validate();
+    watch.checkServiceRunning();
+}
+
+bool AppDelegate::serviceRunning() const
+{
+    return service.isRunning();
+}
+
+void AppDelegate::handleServiceDidStop()
+{
+    watch.suspend();
+    logoutOnManager();
+    removeSidebarVolume(ShellStrings::sidebarName());
+}
+
+void AppDelegate::handleQuillboxFuseServiceWillStop()
+{
+    platform::log(QStringLiteral("handleQuillboxFuseServiceWillStop"));
+}
+
+void AppDelegate::closeQuillboxVolume()
+{
+    context.host.distributed.post(DistributedNotificationNames::stopQuillboxFuseService());
+}
+
+void AppDelegate::logoutOnService()
+{
+    closeQuillboxVolume();
+}
+
+void AppDelegate::logoutOnManager()
+{
+    ++session;
+    if (serviceRunning()) {
+        platform::inBackground(
+            this, [&networking = context.networking] { networking.logoutCurrentAccountWithHandle([] {}); },
+            [this] { showLoginWindowAllowAutoLogin(false); });
+        return;
+    }
+    context.networking.deleteCookies();
+    showLoginWindowAllowAutoLogin(false);
+    flow.closeChangePasswordWindow();
+    closeAgreement();
+    removeRunTimeEntries();
+    menu.validate();
+}
+
+void AppDelegate::removeSidebarVolume(const QString &)
+{
+    // Whoever asks, the entry is always this one.
+    context.host.sidebar.removeFirstNamed(ShellStrings::sidebarName());
+}
+
+void AppDelegate::registerClient()
+{
+    client.registerClient();
+}
+
+void AppDelegate::reopenQuillbox()
+{
+    const QString script =
+        context.bundle.pathForResource(ShellStrings::reopenScript(), ShellStrings::appleScriptType());
+    if (!script.isNull())
+        platform::dispatchGlobal([&scripts = context.host.scripts, script] { runAppleScript(scripts, script); });
+}
+
+void AppDelegate::relaunchFinder(std::function<void(bool)> then)
+{
+    const QString script =
+        context.bundle.pathForResource(ShellStrings::relaunchFinderScript(), ShellStrings::appleScriptType());
+    platform::inBackground(
+        this,
+        [&scripts = context.host.scripts, script] {
+            const std::optional<QByteArray> output = script.isNull() ? std::nullopt : runAppleScript(scripts, script);
+            return output && output->isEmpty();
+        },
+        std::move(then));
+}
+
+void AppDelegate::terminate()
+{
+    termination.applicationShouldTerminate([this](bool mayEnd) {
+        if (mayEnd)
+            finish();
+    });
+}
+
+void AppDelegate::terminateWithoutAsking()
+{
+    termination.detachQuietly([this] { finish(); });
+    platform::dispatchAfter(DetachPatience, this, [this] { finish(); });
+}
+
+void AppDelegate::finish()
+{
+    applicationWillTerminate();
+    context.endEventLoop();
+}
+
+void AppDelegate::applicationWillTerminate()
+{
+    if (std::exchange(willTerminate, true))
+        return;
+    watch.suspend();
+    shell::setShownUpdateWindow(
+        context.bundle.pathForResource(ShellStrings::updateStateResource(), ShellStrings::updateStateType()), false);
+    closeQuillboxVolume();
+    removeSidebarVolume(ShellStrings::sidebarName());
+}

@@ -1,0 +1,26 @@
+#include "shell/ProcessEnd.h"
+
+#include "api/HttpTransport.h"
+#include "platform/Dispatch.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace shell
+{
+
+namespace
+{
+constexpr std::chrono::milliseconds Patience{500};
+}
+
+int endProcess(int status)
+{
+    HttpTransport::shared().shutDown();
+    if (platform::drainBackground(Patience))
+        return status;
+    std::fflush(nullptr);
+    std::_Exit(status);
+}
+
+} // namespace shell

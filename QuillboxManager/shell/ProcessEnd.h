@@ -1,0 +1,10 @@
+#pragma once
+
+namespace shell
+{
+
+/// Last thing `main` does: aborts what still waits for a server and returns `status`, or leaves the process on the spot
+/// when background work will not end in time.
+int endProcess(int status);
+
+} // namespace shell

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+
+class GDUnixSocketClient;
+
+namespace shell
+{
+
+/// Sends the user's texts to the companion over its local socket. Main thread; the socket is worked in the background.
+class ServiceClient : public QObject
+{
+public:
+    ServiceClient(const QString &socketPath, std::function<bool()> serviceRunning,
+                  std::chrono::milliseconds retryDelay = std::chrono::seconds(5), QObject *parent = nullptr);
+    ~ServiceClient() override;
+
+    /// Connects to the companion that has just announced its socket; an earlier connection is closed. A failure is
+    /// logged and not retried.
+    void registerClient();
+    /// One JSON object with this one member. Without a connection the text is dropped.
+    void sendDicDataForKey(const QString &key, const QString &text);
+
+    /// An address of the application's scheme was opened.
+    void handleAppleEvent(const QString &url);
+    /// The file manager's entry was chosen for this text.
+    void handleSearchQBFile(const QString &text);
+
+private:
+    /// Now when the companion runs, else one more try after the delay.
+    void sendWhenRunning(const QString &key, const QString &text);
+
+    const QString socketPath;
+    const std::function<bool()> serviceRunning;
+    const std::chrono::milliseconds retryDelay;
+    std::shared_ptr<GDUnixSocketClient> client;
+};
+
+} // namespace shell

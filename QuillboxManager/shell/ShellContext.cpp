@@ -1,0 +1,29 @@
+#include "shell/ShellContext.h"
+
+#include "api/QBNetworking.h"
+#include "platform/Host.h"
+#include "platform/UserDefaults.h"
+
+#include <QCoreApplication>
+
+namespace shell
+{
+
+ShellContext ShellContext::ofApplication()
+{
+    platform::Host &host = platform::host();
+    const platform::Bundle &bundle = platform::Bundle::main();
+    const QString installedFont = FontSetup::placesFor(bundle, host.folders).installed;
+    return {
+        .host = host,
+        .networking = QBNetworking::sharedNetworking(),
+        .defaults = platform::UserDefaults::standard(),
+        .center = platform::NotificationCenter::defaultCenter(),
+        .bundle = bundle,
+        .windows = LoginWindowFactory::standard(),
+        .fontNames = [installedFont] { return FontSetup::availableFontNames(installedFont); },
+        .endEventLoop = [] { QCoreApplication::quit(); },
+    };
+}
+
+} // namespace shell

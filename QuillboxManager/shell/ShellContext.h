@@ -1,0 +1,44 @@
+#pragma once
+
+#include "platform/Bundle.h"
+#include "platform/NotificationCenter.h"
+#include "shell/AlertPresenter.h"
+#include "shell/DriverSetup.h"
+#include "shell/FontSetup.h"
+#include "shell/LoginWindowFactory.h"
+#include "shell/TrayHost.h"
+
+#include <chrono>
+#include <functional>
+
+class QBNetworking;
+namespace platform
+{
+struct Host;
+class UserDefaults;
+} // namespace platform
+
+namespace shell
+{
+
+/// Everything the shell rests on. What is referred to must outlive the controller and its background calls.
+struct ShellContext {
+    platform::Host &host;
+    QBNetworking &networking;
+    platform::UserDefaults &defaults;
+    platform::NotificationCenter &center;
+    platform::Bundle bundle;
+    LoginWindowFactory windows;
+    AlertPresenter present = presentAlert;
+    std::unique_ptr<TrayHost> (*makeTrayHost)() = TrayHost::create;
+    FontSetup::FontNames fontNames;
+    DriverPauses driverPauses = {};
+    std::chrono::milliseconds serviceWatchInterval{2000};
+    std::chrono::milliseconds forwardingRetry{5000};
+    std::function<void()> endEventLoop;
+
+    /// The running application's.
+    static ShellContext ofApplication();
+};
+
+} // namespace shell

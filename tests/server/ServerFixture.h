@@ -1,0 +1,63 @@
+#pragma once
+
+#include "DocumentServer/Server.h"
+
+#include <QJsonObject>
+#include <QString>
+#include <QTemporaryDir>
+
+#include <atomic>
+#include <memory>
+
+/// What came back for one request.
+struct Answer {
+    int status = 0; ///< 0: no reply
+    QByteArray bytes;
+    QJsonObject json;
+
+    int code() const { return json.value(QLatin1String("errcode")).toInt(); }
+    QJsonObject detail() const { return json.value(QLatin1String("detail")).toObject(); }
+};
+
+/// A real server on free ports in a folder of its own, with a clock that the test moves, and the requests of a client.
+class ServerFixture
+{
+public:
+    explicit ServerFixture(const QJsonObject &scenario = {});
+
+    /// Starts the server again over the same files, as after a crash or an update.
+    bool restart();
+    bool useScenario(const QJsonObject &scenario) { return server->setScenario(scenario); }
+    void pass(qint64 seconds) { time += seconds * 1000; }
+
+    /// POST to "/api/v1/SERVICE?method=METHOD"; a token and a signature are added where given.
+    Answer call(const QString &service, const QString &method, const QJsonObject &body = {},
+                const QString &token = {}) const;
+    /// POST with any target and body.
+    Answer post(const QString &target, const QByteArray &body, bool https = false) const;
+
+    /// The base64 ciphertext a client sends.
+    QString encrypted(const QString &password) const;
+    QJsonObject signInBody(const QString &account, const QString &password) const;
+    Answer signIn(const QString &account, const QString &password, const QJsonObject &vcodeinfo = {},
+                  const QJsonObject &dualfactor = {}) const;
+    QString signInToken() const; ///< of the demo account
+    Answer changePassword(const QString &account, const QString &oldPassword, const QString &newPassword) const;
+
+    QString folder() const { return directory.path(); }
+    documentserver::Options options() const;
+
+    QTemporaryDir directory;
+    std::atomic<qint64> time = 1'700'000'000'000;
+    std::unique_ptr<documentserver::Server> server;
+};
+
+/// The demo account's name and password.
+inline QString demoName()
+{
+    return QStringLiteral("demo");
+}
+inline QString demoPassword()
+{
+    return QStringLiteral("Quillbox-demo1");
+}

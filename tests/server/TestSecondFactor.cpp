@@ -1,0 +1,188 @@
+#include "server/ServerFixture.h"
+#include "support/TestMain.h"
+
+#include "DocumentServer/OneTimePassword.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonDocument>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+QJsonObject factor(const QString &way, const QJsonObject &more = {})
+{
+    QJsonObject scenario{{u"dualfactor_auth_server_status"_s, QJsonObject{{way, true}}}};
+    if (!more.isEmpty())
+        scenario.insert(u"second_factor"_s, more);
+    return scenario;
+}
+
+Answer requestCode(const ServerFixture &fixture, const QString &password = demoPassword())
+{
+    return fixture.call(u"auth1"_s, u"sendauthvcode"_s,
+                        {{u"account"_s, demoName()},
+                         {u"password"_s, fixture.encrypted(password)},
+                         {u"oldtelnum"_s, u""_s},
+                         {u"deviceinfo"_s, QJsonObject{{u"ostype"_s, 5}}}});
+}
+
+Answer signInWith(const ServerFixture &fixture, const QString &code, const QJsonObject &picture = {})
+{
+    return fixture.signIn(demoName(), demoPassword(), picture, {{u"validcode"_s, QJsonObject{{u"vcode"_s, code}}}});
+}
+
+Answer signInWithOneTimePassword(const ServerFixture &fixture, const QString &code)
+{
+    return fixture.signIn(demoName(), demoPassword(), {}, {{u"OTP"_s, QJsonObject{{u"OTP"_s, code}}}});
+}
+
+QString currentOneTimePassword(const ServerFixture &fixture)
+{
+    using namespace documentserver;
+    return counterCode(*fromBase32(u"KF2WS3DMMJXXQLLEMVWW6LLPNZSQ"_s), quint64(timeStep(fixture.time)));
+}
+} // namespace
+
+class TestSecondFactor : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void codeOnItsWay_data()
+    {
+        QTest::addColumn<QString>("setting");
+        QTest::addColumn<QString>("way");
+        QTest::addColumn<QString>("shown");
+        QTest::newRow("sms") << u"auth_by_sms"_s << u"sms"_s << u"138****1234"_s;
+        QTest::newRow("email") << u"auth_by_email"_s << u"email"_s << u"d***@example.org"_s;
+    }
+    void codeOnItsWay()
+    {
+        QFETCH(QString, setting);
+        const ServerFixture fixture(factor(setting));
+        QCOMPARE(fixture.signIn(demoName(), demoPassword()).code(), 401037);
+        const Answer sent = requestCode(fixture);
+        QTEST(sent.json.value("authway"_L1).toString(), "shown");
+        QCOMPARE(sent.json.value("sendinterval"_L1).toInt(), 60);
+        QCOMPARE(sent.json.value("isduplicatesended"_L1), QJsonValue(false));
+
+        const auto codes = fixture.server->sentCodes();
+        QCOMPARE(codes.size(), 1);
+        QTEST(codes[0].way, "way");
+        QFile file(fixture.folder() + "/codes"_L1);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QCOMPARE(QJsonDocument::fromJson(file.readLine()).object().value("code"_L1).toString(), codes[0].code);
+        QCOMPARE(QFileInfo(file).permissions() & ~(QFile::ReadUser | QFile::WriteUser),
+                 QFile::ReadOwner | QFile::WriteOwner);
+
+        QCOMPARE(signInWith(fixture, codes[0].code).status, 200);
+        QCOMPARE(signInWith(fixture, codes[0].code).code(), 401039);
+    }
+
+    void resendInterval()
+    {
+        ServerFixture fixture(factor(u"auth_by_sms"_s));
+        QCOMPARE(requestCode(fixture).status, 200);
+        fixture.pass(20);
+        const Answer again = requestCode(fixture);
+        QCOMPARE(again.json.value("isduplicatesended"_L1), QJsonValue(true));
+        QCOMPARE(again.json.value("sendinterval"_L1).toInt(), 40);
+        QCOMPARE(fixture.server->sentCodes().size(), 1);
+        QCOMPARE(signInWith(fixture, fixture.server->sentCodes().last().code).status, 200);
+        QCOMPARE(requestCode(fixture).code(), 401059);
+        fixture.pass(40);
+        QCOMPARE(requestCode(fixture).json.value("isduplicatesended"_L1), QJsonValue(false));
+        QCOMPARE(fixture.server->sentCodes().size(), 2);
+    }
+
+    void codesEnd()
+    {
+        ServerFixture fixture(factor(u"auth_by_sms"_s, {{u"code_life"_s, 90}, {u"wrong_codes"_s, 2}}));
+        requestCode(fixture);
+        fixture.pass(90);
+        QCOMPARE(signInWith(fixture, fixture.server->sentCodes().last().code).code(), 401039);
+        requestCode(fixture);
+        const QString code = fixture.server->sentCodes().last().code;
+        QCOMPARE(signInWith(fixture, u"abcdef"_s).code(), 401039);
+        QCOMPARE(signInWith(fixture, u"abcdef"_s).code(), 401039);
+        QCOMPARE(signInWith(fixture, code).code(), 401039);
+        // The fifth failure locks the account: codes cannot be guessed without end.
+        QCOMPARE(signInWith(fixture, code).code(), 401020);
+    }
+
+    void sendingFails_data()
+    {
+        QTest::addColumn<QJsonObject>("scenario");
+        QTest::addColumn<QString>("password");
+        QTest::addColumn<int>("code");
+        const QString right = demoPassword();
+        QTest::newRow("off") << QJsonObject() << right << 401064;
+        QTest::newRow("wrong password") << factor(u"auth_by_sms"_s) << u"x"_s << 401003;
+        QTest::newRow("sms down") << factor(u"auth_by_sms"_s, {{u"sms"_s, u"down"_s}}) << right << 404029;
+        QTest::newRow("mail down") << factor(u"auth_by_email"_s, {{u"email"_s, u"down"_s}}) << right << 404031;
+        QTest::newRow("sms refused") << factor(u"auth_by_sms"_s, {{u"sms"_s, u"refuse"_s}}) << right << 403058;
+        QTest::newRow("mail refused") << factor(u"auth_by_email"_s, {{u"email"_s, u"refuse"_s}}) << right << 403058;
+        QTest::newRow("sms fine") << factor(u"auth_by_sms"_s, {{u"email"_s, u"down"_s}}) << right << 0;
+    }
+    void sendingFails()
+    {
+        QFETCH(QJsonObject, scenario);
+        QFETCH(QString, password);
+        const ServerFixture fixture(scenario);
+        const Answer answer = requestCode(fixture, password);
+        QTEST(answer.code(), "code");
+        QCOMPARE(fixture.server->sentCodes().size(), answer.status == 200 ? 1 : 0);
+    }
+
+    void nothingBound()
+    {
+        ServerFixture fixture(factor(u"auth_by_sms"_s));
+        QFile file(fixture.folder() + "/data/accounts.json"_L1);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(R"({"accounts":[{"account":"demo","password":"Quillbox-demo1","mail":"a@b"}]})");
+        file.close();
+        QCOMPARE(requestCode(fixture).code(), 401058);
+        QVERIFY(fixture.useScenario(factor(u"auth_by_OTP"_s)));
+        QCOMPARE(signInWithOneTimePassword(fixture, u"123456"_s).code(), 401058);
+    }
+
+    /// The picture code of the first attempt comes again with the verification code.
+    void pictureCodeAndVerificationCode()
+    {
+        QJsonObject scenario = factor(u"auth_by_sms"_s);
+        scenario.insert(u"vcode_login_config"_s, QJsonObject{{u"isenable"_s, true}, {u"passwderrcnt"_s, 0}});
+        const ServerFixture fixture(scenario);
+        const QString uuid = fixture.call(u"auth1"_s, u"getvcode"_s).json.value("uuid"_L1).toString();
+        const QJsonObject picture{{u"uuid"_s, uuid}, {u"vcode"_s, fixture.server->pictureCodeText(uuid)}};
+        QCOMPARE(fixture.signIn(demoName(), demoPassword(), picture).code(), 401037);
+        requestCode(fixture);
+        QCOMPARE(signInWith(fixture, u"abcdef"_s, picture).code(), 401039);
+        QCOMPARE(signInWith(fixture, fixture.server->sentCodes().last().code, picture).status, 200);
+        QCOMPARE(fixture.signIn(demoName(), demoPassword(), picture).code(), 401031);
+    }
+
+    void oneTimePasswords()
+    {
+        ServerFixture fixture(factor(u"auth_by_OTP"_s));
+        QCOMPARE(fixture.signIn(demoName(), demoPassword()).code(), 401056);
+        const QString code = currentOneTimePassword(fixture);
+        QCOMPARE(signInWithOneTimePassword(fixture, code).status, 200);
+        QCOMPARE(signInWithOneTimePassword(fixture, code).code(), 401056);
+        fixture.pass(30);
+        const QString next = currentOneTimePassword(fixture);
+        fixture.pass(60);
+        QCOMPARE(signInWithOneTimePassword(fixture, next).code(), 401056);
+        fixture.pass(30);
+        // Used codes stay used over a restart.
+        const QString last = currentOneTimePassword(fixture);
+        QCOMPARE(signInWithOneTimePassword(fixture, last).status, 200);
+        QVERIFY(fixture.restart() && fixture.useScenario(factor(u"auth_by_OTP"_s)));
+        QCOMPARE(signInWithOneTimePassword(fixture, last).code(), 401056);
+    }
+};
+
+REGISTER_TEST(TestSecondFactor)
+#include "TestSecondFactor.moc"

@@ -1,0 +1,275 @@
+#include "server/ServerFixture.h"
+#include "support/TestMain.h"
+
+#include <QFile>
+#include <QImage>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QTest>
+
+#include <thread>
+#include <vector>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+QJsonObject pictureScenario(int count)
+{
+    return {{u"vcode_login_config"_s, QJsonObject{{u"isenable"_s, true}, {u"passwderrcnt"_s, count}}}};
+}
+
+QJsonObject lockScenario(int after, int minutes)
+{
+    return {{u"lock"_s, QJsonObject{{u"after"_s, after}, {u"minutes"_s, minutes}}}};
+}
+
+/// A fresh picture code as the client sends it.
+QJsonObject solvedPicture(const ServerFixture &fixture)
+{
+    const QString uuid = fixture.call(u"auth1"_s, u"getvcode"_s, {{u"uuid"_s, u""_s}}).json.value("uuid"_L1).toString();
+    return {{u"ismodify"_s, false}, {u"uuid"_s, uuid}, {u"vcode"_s, fixture.server->pictureCodeText(uuid).toLower()}};
+}
+} // namespace
+
+class TestSignIn : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void sessionFromSignInToLogout()
+    {
+        const ServerFixture fixture;
+        const Answer signedIn = fixture.signIn(demoName(), demoPassword());
+        QCOMPARE(signedIn.status, 200);
+        QCOMPARE(signedIn.json.value("expires"_L1).toInt(), 3600);
+        const QString token = signedIn.json.value("tokenid"_L1).toString();
+        const QString userid = signedIn.json.value("userid"_L1).toString();
+        QVERIFY(token.size() >= 32 && !userid.isEmpty());
+
+        QJsonObject refresh{{u"tokenid"_s, token}, {u"expirestype"_s, 2}, {u"userid"_s, userid}};
+        QCOMPARE(fixture.call(u"auth1"_s, u"refreshtoken"_s, refresh, token).json.value("expires"_L1).toInt(), 3600);
+        refresh.insert("userid"_L1, u"other"_s);
+        QCOMPARE(fixture.call(u"auth1"_s, u"refreshtoken"_s, refresh, token).code(), 401001);
+
+        QCOMPARE(fixture.call(u"auth1"_s, u"logout"_s, {{u"ostype"_s, 5}}, token).status, 200);
+        QCOMPARE(fixture.call(u"user"_s, u"get"_s, {}, token).code(), 401001);
+    }
+
+    void tokenLife()
+    {
+        ServerFixture fixture({{u"token_life"_s, 100}});
+        const QString token = fixture.signInToken();
+        const QString userid = fixture.call(u"user"_s, u"get"_s, {}, token).json.value("userid"_L1).toString();
+        fixture.pass(99);
+        const QJsonObject refresh{{u"tokenid"_s, token}, {u"expirestype"_s, 2}, {u"userid"_s, userid}};
+        QCOMPARE(fixture.call(u"auth1"_s, u"refreshtoken"_s, refresh, token).status, 200);
+        fixture.pass(99);
+        QCOMPARE(fixture.call(u"user"_s, u"get"_s, {}, token).status, 200);
+        fixture.pass(1);
+        QCOMPARE(fixture.call(u"user"_s, u"get"_s, {}, token).code(), 401001);
+    }
+
+    void refusedSignIns_data()
+    {
+        QTest::addColumn<QString>("account");
+        QTest::addColumn<QString>("password");
+        QTest::newRow("wrong password") << demoName() << u"Quillbox-demo2"_s;
+        QTest::newRow("other case") << demoName() << demoPassword().toUpper();
+        QTest::newRow("unknown account") << u"nobody"_s << demoPassword();
+        QTest::newRow("quoted account") << u"demo' OR '1'='1"_s << demoPassword();
+        QTest::newRow("unicode account") << u"用户😀"_s << demoPassword();
+        QTest::newRow("longer account") << u"demo "_s << demoPassword();
+    }
+    void refusedSignIns()
+    {
+        QFETCH(QString, account);
+        QFETCH(QString, password);
+        const ServerFixture fixture;
+        const Answer answer = fixture.signIn(account, password);
+        QCOMPARE(answer.code(), 401003);
+        QCOMPARE(answer.status, 401);
+        QVERIFY(!answer.json.contains("tokenid"_L1));
+    }
+
+    /// A ciphertext that does not decrypt must look like a wrong password.
+    void brokenCiphertext()
+    {
+        const ServerFixture fixture;
+        QJsonObject body = fixture.signInBody(demoName(), demoPassword());
+        for (const QString &cipher : {u"AAAA"_s, u"not base64!"_s, QString::fromLatin1(QByteArray(128, 'x').toBase64()),
+                                      fixture.encrypted(QString())}) {
+            body.insert("password"_L1, cipher);
+            QCOMPARE(fixture.call(u"auth1"_s, u"getnew"_s, body).code(), 401003);
+        }
+    }
+
+    void lockAndItsEnd()
+    {
+        ServerFixture fixture(lockScenario(3, 25));
+        QCOMPARE(fixture.signIn(demoName(), u"x"_s).code(), 401003);
+        QCOMPARE(fixture.signIn(demoName(), u"x"_s).code(), 401003);
+        const Answer third = fixture.signIn(demoName(), u"x"_s);
+        QCOMPARE(third.code(), 401020);
+        QCOMPARE(third.detail().value("remainlockTime"_L1), QJsonValue(u"25"_s));
+        fixture.pass(24 * 60 + 1);
+        const Answer nearlyOver = fixture.signIn(demoName(), demoPassword());
+        QCOMPARE(nearlyOver.code(), 401020);
+        QCOMPARE(nearlyOver.detail().value("remainlockTime"_L1), QJsonValue(u"1"_s));
+        fixture.pass(59);
+        QCOMPARE(fixture.signIn(demoName(), demoPassword()).status, 200);
+        // The count starts again after a success.
+        QCOMPARE(fixture.signIn(demoName(), u"x"_s).code(), 401003);
+    }
+
+    void unknownNamesLockToo()
+    {
+        const ServerFixture fixture(lockScenario(2, 10));
+        QCOMPARE(fixture.signIn(u"nobody"_s, u"x"_s).code(), 401003);
+        QCOMPARE(fixture.signIn(u"nobody"_s, u"x"_s).code(), 401020);
+        QCOMPARE(fixture.signIn(demoName(), demoPassword()).status, 200);
+    }
+
+    /// Guesses sent at the same time count one by one.
+    void parallelGuesses()
+    {
+        const ServerFixture fixture(lockScenario(4, 10));
+        std::atomic<int> wrong = 0;
+        std::atomic<int> locked = 0;
+        std::vector<std::thread> guessers;
+        for (int i = 0; i < 12; ++i)
+            guessers.emplace_back([&] {
+                const int code = fixture.signIn(demoName(), u"guess"_s).code();
+                wrong += code == 401003 ? 1 : 0;
+                locked += code == 401020 ? 1 : 0;
+            });
+        for (std::thread &guesser : guessers)
+            guesser.join();
+        QCOMPARE(wrong.load(), 3);
+        QCOMPARE(locked.load(), 9);
+    }
+
+    void pictureCodeAfterWrongPasswords()
+    {
+        const ServerFixture fixture(pictureScenario(2));
+        QCOMPARE(fixture.signIn(demoName(), u"x"_s).detail().value("isShowStatus"_L1),
+                 QJsonValue(QJsonValue::Undefined));
+        QCOMPARE(fixture.signIn(demoName(), u"x"_s).detail().value("isShowStatus"_L1), QJsonValue(true));
+        const Answer missing = fixture.signIn(demoName(), demoPassword());
+        QCOMPARE(missing.code(), 401021);
+        QCOMPARE(missing.detail().value("isShowStatus"_L1), QJsonValue(true));
+        QCOMPARE(fixture.signIn(demoName(), demoPassword(), solvedPicture(fixture)).status, 200);
+        QCOMPARE(fixture.signIn(demoName(), demoPassword()).status, 200);
+    }
+
+    void pictureCodeWorksOnce()
+    {
+        ServerFixture fixture(pictureScenario(0));
+        const QJsonObject picture = solvedPicture(fixture);
+        QCOMPARE(fixture.signIn(demoName(), u"x"_s, picture).code(), 401003);
+        QCOMPARE(fixture.signIn(demoName(), demoPassword(), picture).code(), 401031);
+        QJsonObject wrong = solvedPicture(fixture);
+        wrong.insert("vcode"_L1, u"0000"_s);
+        QCOMPARE(fixture.signIn(demoName(), demoPassword(), wrong).code(), 401031);
+        const QJsonObject late = solvedPicture(fixture);
+        fixture.pass(180);
+        QCOMPARE(fixture.signIn(demoName(), demoPassword(), late).code(), 401031);
+        QCOMPARE(fixture.signIn(demoName(), demoPassword(), solvedPicture(fixture)).status, 200);
+    }
+
+    void pictureIsReplaced()
+    {
+        const ServerFixture fixture;
+        const Answer first = fixture.call(u"auth1"_s, u"getvcode"_s, {{u"uuid"_s, u""_s}});
+        const QString uuid = first.json.value("uuid"_L1).toString();
+        const QByteArray png = QByteArray::fromBase64(first.json.value("vcode"_L1).toString().toLatin1());
+        QVERIFY(!QImage::fromData(png, "PNG").isNull());
+        QVERIFY(!fixture.server->pictureCodeText(uuid).isEmpty());
+        const Answer second = fixture.call(u"auth1"_s, u"getvcode"_s, {{u"uuid"_s, uuid}});
+        QVERIFY(second.json.value("uuid"_L1).toString() != uuid);
+        QVERIFY(fixture.server->pictureCodeText(uuid).isEmpty());
+    }
+
+    /// A second token, for web pages, neither needs a picture code nor a second factor.
+    void secondTokenOfASession()
+    {
+        ServerFixture fixture;
+        const QString token = fixture.signInToken();
+        QJsonObject scenario = pictureScenario(0);
+        scenario.insert("dualfactor_auth_server_status"_L1, QJsonObject{{u"auth_by_sms"_s, true}});
+        QVERIFY(fixture.useScenario(scenario));
+        QJsonObject body = fixture.signInBody(demoName(), demoPassword());
+        body.remove("vcodeinfo"_L1);
+        body.remove("dualfactorauthinfo"_L1);
+        QCOMPARE(fixture.call(u"auth1"_s, u"getnew"_s, body).code(), 401021);
+        const Answer second = fixture.call(u"auth1"_s, u"getnew"_s, body, token);
+        QCOMPARE(second.status, 200);
+        QVERIFY(second.json.value("tokenid"_L1).toString() != token);
+        QCOMPARE(fixture.call(u"user"_s, u"get"_s, {}, token).status, 200);
+    }
+
+    void singleSignOn_data()
+    {
+        QTest::addColumn<QString>("authenticator");
+        QTest::addColumn<QJsonValue>("params");
+        QTest::addColumn<int>("code");
+        const QJsonObject good{{u"ticket"_s, u"ST-1"_s}, {u"more"_s, 1}};
+        QTest::newRow("good") << u"sso"_s << QJsonValue(good) << 0;
+        QTest::newRow("unknown ticket") << u"sso"_s << QJsonValue(QJsonObject{{u"ticket"_s, u"ST-2"_s}}) << 401009;
+        QTest::newRow("unknown account") << u"sso"_s << QJsonValue(QJsonObject{{u"ticket"_s, u"ST-3"_s}}) << 401009;
+        QTest::newRow("other authenticator") << u"other"_s << QJsonValue(good) << 401009;
+        QTest::newRow("no ticket") << u"sso"_s << QJsonValue(QJsonObject()) << 400002;
+        QTest::newRow("text for object") << u"sso"_s << QJsonValue(u"ST-1"_s) << 400002;
+    }
+    void singleSignOn()
+    {
+        QFETCH(QString, authenticator);
+        QFETCH(QJsonValue, params);
+        const QJsonObject tickets{{u"ST-1"_s, demoName()}, {u"ST-3"_s, u"gone"_s}};
+        const ServerFixture fixture({{u"thirdauth"_s, QJsonObject{{u"id"_s, u"sso"_s}, {u"tickets"_s, tickets}}}});
+        const Answer answer =
+            fixture.call(u"auth1"_s, u"getbythirdparty"_s, {{u"thirdpartyid"_s, authenticator}, {u"params"_s, params}});
+        QTEST(answer.code(), "code");
+        QCOMPARE(answer.json.contains("tokenid"_L1), answer.status == 200);
+    }
+
+    void accountsThatMayNotSignIn_data()
+    {
+        QTest::addColumn<QJsonObject>("members");
+        QTest::addColumn<QJsonObject>("scenario");
+        QTest::addColumn<int>("code");
+        const QJsonObject strong{{u"enable_strong_pwd"_s, true}};
+        QTest::newRow("disabled") << QJsonObject{{u"disabled"_s, true}} << QJsonObject() << 401004;
+        QTest::newRow("initial") << QJsonObject{{u"initialpassword"_s, true}} << QJsonObject() << 401012;
+        QTest::newRow("initial for all") << QJsonObject()
+                                         << QJsonObject{{u"password"_s, QJsonObject{{u"initial_change"_s, true}}}}
+                                         << 401012;
+        QTest::newRow("expired") << QJsonObject() << QJsonObject{{u"password"_s, QJsonObject{{u"life_days"_s, 30}}}}
+                                 << 401013;
+        QTest::newRow("weak") << QJsonObject{{u"password"_s, u"weakling"_s}} << strong << 401017;
+        QTest::newRow("client") << QJsonObject() << QJsonObject{{u"client_disabled"_s, true}} << 401011;
+        QTest::newRow("none of it") << QJsonObject() << QJsonObject() << 0;
+    }
+    void accountsThatMayNotSignIn()
+    {
+        QFETCH(QJsonObject, members);
+        QFETCH(QJsonObject, scenario);
+        ServerFixture fixture(scenario);
+        // Edited by hand while the server runs.
+        QJsonObject entry{{u"account"_s, u"anna"_s}, {u"password"_s, u"Anna-pass1"_s}};
+        for (auto it = members.begin(); it != members.end(); ++it)
+            entry.insert(it.key(), it.value());
+        QFile file(fixture.folder() + "/data/accounts.json"_L1);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(QJsonDocument(QJsonObject{{u"accounts"_s, QJsonArray{entry}}}).toJson());
+        file.close();
+        const QString password = entry.value("password"_L1).toString();
+        QTEST(fixture.signIn(u"anna"_s, password).code(), "code");
+        QVERIFY(fixture.restart());
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QVERIFY2(!file.readAll().contains(password.toUtf8()), "the plain password stayed in the file");
+    }
+};
+
+REGISTER_TEST(TestSignIn)
+#include "TestSignIn.moc"

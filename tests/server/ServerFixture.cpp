@@ -7,6 +7,7 @@
 #include <openssl/x509.h>
 
 #include <QCryptographicHash>
+#include <QFile>
 #include <QJsonDocument>
 #include <QUrl>
 
@@ -51,6 +52,15 @@ bool ServerFixture::restart()
     return server->start();
 }
 
+void ServerFixture::talkTo(int httpPort, const QString &dataFolder)
+{
+    QFile certificate(dataFolder + "/public_key.der"_L1);
+    if (!certificate.open(QIODevice::ReadOnly))
+        qFatal("the program made no certificate");
+    otherPort = httpPort;
+    otherCertificate = certificate.readAll();
+}
+
 Answer ServerFixture::post(const QString &target, const QByteArray &body, bool https) const
 {
     if (https) {
@@ -58,7 +68,7 @@ Answer ServerFixture::post(const QString &target, const QByteArray &body, bool h
         client.enable_server_certificate_verification(false);
         return send(client, target, body);
     }
-    httplib::Client client("127.0.0.1", server->httpPort());
+    httplib::Client client("127.0.0.1", otherPort > 0 ? otherPort : server->httpPort());
     return send(client, target, body);
 }
 
@@ -71,7 +81,7 @@ Answer ServerFixture::call(const QString &service, const QString &method, const 
 
 QString ServerFixture::encrypted(const QString &password) const
 {
-    const QByteArray der = server->passwordCertificate();
+    const QByteArray der = otherPort > 0 ? otherCertificate : server->passwordCertificate();
     const auto *bytes = reinterpret_cast<const unsigned char *>(der.constData());
     X509 *certificate = d2i_X509(nullptr, &bytes, der.size());
     EVP_PKEY_CTX *context = EVP_PKEY_CTX_new(X509_get0_pubkey(certificate), nullptr);

@@ -28,6 +28,8 @@ public:
     /// Starts the server again over the same files, as after a crash or an update.
     bool restart();
     bool useScenario(const QJsonObject &scenario) { return server->setScenario(scenario); }
+    /// Sends all further requests to a server program of this data folder that listens on the HTTP port.
+    void talkTo(int httpPort, const QString &dataFolder);
     void pass(qint64 seconds) { time += seconds * 1000; }
 
     /// POST to "/api/v1/SERVICE?method=METHOD"; a token and a signature are added where given.
@@ -50,6 +52,10 @@ public:
     QTemporaryDir directory;
     std::atomic<qint64> time = 1'700'000'000'000;
     std::unique_ptr<documentserver::Server> server;
+
+private:
+    int otherPort = -1;
+    QByteArray otherCertificate;
 };
 
 /// The demo account's name and password.

@@ -5,7 +5,9 @@
 #include <QRegularExpression>
 #include <QTest>
 
+#include <chrono>
 #include <csignal>
+#include <thread>
 
 using namespace Qt::StringLiterals;
 
@@ -93,31 +95,49 @@ private Q_SLOTS:
         QCOMPARE(program.exitCode(), 0);
     }
 
-    /// Killed without warning while it works, it comes back with all that it had confirmed.
+    void addedAccount()
+    {
+        QTemporaryDir folder;
+        const QStringList arguments{u"--data"_s, folder.path(), u"--add-account"_s, u"anna"_s, u"--password-stdin"_s};
+        for (const int expected : {0, 1}) { // the second time the name is taken
+            Program adding(arguments);
+            adding.process.write("Anna-pass1\n");
+            adding.process.closeWriteChannel();
+            QCOMPARE(adding.exitCode(), expected);
+        }
+        Program program({u"--data"_s, folder.path()});
+        ServerFixture client;
+        client.talkTo(httpPortOf(program.firstLine()), folder.path());
+        QCOMPARE(client.signIn(u"anna"_s, u"Anna-pass1"_s).status, 200);
+        QCOMPARE(client.signIn(demoName(), demoPassword()).status, 200);
+    }
+
+    /// Killed without warning, also in the middle of a change, it comes back with all that it had confirmed.
     void killedAndStartedAgain()
     {
         QTemporaryDir folder;
-        {
-            QProcess adding;
-            adding.start(QStringLiteral(SERVER_PROGRAM),
-                         {u"--data"_s, folder.path(), u"--add-account"_s, u"anna"_s, u"--password-stdin"_s});
-            adding.write("Anna-pass1\n");
-            adding.closeWriteChannel();
-            QVERIFY(adding.waitForFinished(20'000));
-            QCOMPARE(adding.exitCode(), 0);
-        }
-        Program first({u"--data"_s, folder.path()});
-        QVERIFY(httpPortOf(first.firstLine()) > 0);
-        first.process.kill();
-        first.process.waitForFinished();
+        ServerFixture client;
+        QString password = demoPassword();
+        for (int round = 0; round < 4; ++round) {
+            Program program({u"--data"_s, folder.path()});
+            client.talkTo(httpPortOf(program.firstLine()), folder.path());
+            const QString confirmed = u"Confirmed-%1"_s.arg(round);
+            const QString interrupted = u"Interrupted-%1"_s.arg(round);
+            QCOMPARE(client.changePassword(demoName(), password, confirmed).status, 200);
+            const QString token = client.signIn(demoName(), confirmed).json.value("tokenid"_L1).toString();
+            std::thread changing([&] { client.changePassword(demoName(), confirmed, interrupted); });
+            std::this_thread::sleep_for(std::chrono::milliseconds(30 * round));
+            program.process.kill();
+            program.process.waitForFinished();
+            changing.join();
 
-        ServerFixture fixture;
-        documentserver::Options options = fixture.options();
-        options.dataFolder = folder.path();
-        fixture.server = std::make_unique<documentserver::Server>(options);
-        QVERIFY(fixture.server->start());
-        QCOMPARE(fixture.signIn(u"anna"_s, u"Anna-pass1"_s).status, 200);
-        QCOMPARE(fixture.signIn(demoName(), demoPassword()).status, 200);
+            Program again({u"--data"_s, folder.path()});
+            client.talkTo(httpPortOf(again.firstLine()), folder.path());
+            QCOMPARE(client.call(u"user"_s, u"get"_s, {}, token).status, 200);
+            const bool kept = client.signIn(demoName(), confirmed).status == 200;
+            QVERIFY(kept != (client.signIn(demoName(), interrupted).status == 200));
+            password = kept ? confirmed : interrupted;
+        }
     }
 };
 

@@ -7,11 +7,14 @@
 
 #include <QGridLayout>
 #include <QLabel>
+#include <QScreen>
 
 namespace
 {
 constexpr int TextColumnWidth = 320; ///< points
+constexpr int WideScreen = 1024;     ///< points; smaller screens get narrow alerts
 constexpr int ButtonHeight = 32;     ///< points, lower than in windows
+constexpr int TextColumn = 2;        ///< of the message box's grid
 } // namespace
 
 AlertBox::AlertBox(Icon icon, const QString &message, const QString &informative)
@@ -30,6 +33,8 @@ AlertBox::AlertBox(Icon icon, const QString &message, const QString &informative
     // The box would take a text that looks like markup for markup here, links included.
     if (auto *label = findChild<QLabel *>(QStringLiteral("qt_msgbox_informativelabel")))
         label->setTextFormat(Qt::PlainText);
+    if (auto *headline = findChild<QLabel *>(QStringLiteral("qt_msgbox_label")))
+        headline->setFont(QBFont::SYsystemFontOfSize(QBFont::SystemFontSize + 1));
 }
 
 QPushButton *AlertBox::appendButton(const QString &title)
@@ -63,19 +68,30 @@ int AlertBox::answeredButton() const
     return index >= 0 ? index : static_cast<int>(buttonsInOrder.size()) - 1;
 }
 
+void AlertBox::placeAccessory()
+{
+    auto *grid = qobject_cast<QGridLayout *>(layout());
+    QWidget *buttons = findChild<QWidget *>(QStringLiteral("qt_msgbox_buttonbox"));
+    if (!accessory || !grid || !buttons || grid->indexOf(accessory) >= 0)
+        return;
+    // Below the headline where no informative text stands, else in a row of its own above the buttons.
+    if (!grid->itemAtPosition(1, TextColumn)) {
+        grid->addWidget(accessory, 1, TextColumn);
+    } else {
+        const int row = grid->rowCount();
+        grid->removeWidget(buttons);
+        grid->addWidget(accessory, row, TextColumn);
+        grid->addWidget(buttons, row + 1, 0, 1, grid->columnCount());
+    }
+    accessory->show();
+}
+
 void AlertBox::showEvent(QShowEvent *event)
 {
     // Only now: the box makes its layout anew whenever a text or the check box is set.
+    placeAccessory();
     auto *grid = qobject_cast<QGridLayout *>(layout());
-    if (auto *label = findChild<QLabel *>(QStringLiteral("qt_msgbox_label")))
-        label->setMinimumWidth(TextColumnWidth);
-    if (accessory && grid && grid->indexOf(accessory) < 0) {
-        const int row = grid->rowCount();
-        QWidget *buttons = findChild<QWidget *>(QStringLiteral("qt_msgbox_buttonbox"));
-        grid->removeWidget(buttons);
-        grid->addWidget(accessory, row, 2);
-        grid->addWidget(buttons, row + 1, 0, 1, grid->columnCount());
-        accessory->show();
-    }
+    if (grid && screen()->availableSize().width() >= WideScreen)
+        grid->setColumnMinimumWidth(TextColumn, TextColumnWidth);
     QMessageBox::showEvent(event);
 }

@@ -23,6 +23,8 @@ protected:
     void showEvent(QShowEvent *event) override;
 
 private:
+    void placeAccessory();
+
     QList<QAbstractButton *> buttonsInOrder;
     QWidget *accessory = nullptr;
 };

@@ -31,8 +31,9 @@ QString baseName(const QString &name)
 
 Picture load(const QString &path)
 {
-    auto drawing = std::make_unique<SvgIconEngine>(path + QLatin1String(".svg"));
-    if (drawing->isValid()) {
+    const QString drawingPath = path + QLatin1String(".svg");
+    auto drawing = QFileInfo::exists(drawingPath) ? std::make_unique<SvgIconEngine>(drawingPath) : nullptr;
+    if (drawing && drawing->isValid()) {
         const QSize size = drawing->ownSize();
         return {QIcon(drawing.release()), size};
     }

@@ -15,7 +15,7 @@
 namespace
 {
 constexpr int Box = 2 * StyleKit::Grid;
-constexpr int Margin = 3; ///< room for the focus ring around the box
+constexpr int Ring = StyleKit::Grid / 2; ///< distance of the focus ring from the title
 } // namespace
 
 QBCheckBox::QBCheckBox(QWidget *parent, platform::NotificationCenter &notificationCenter)
@@ -40,8 +40,8 @@ void QBCheckBox::applyBranding(const Branding &branding)
 QSize QBCheckBox::sizeHint() const
 {
     const QSize title = fontMetrics().size(Qt::TextShowMnemonic, text());
-    const int gap = text().isEmpty() ? 0 : StyleKit::Grid;
-    return {2 * Margin + Box + gap + title.width(), qMax(title.height(), Box + 2 * Margin)};
+    const int titleRoom = text().isEmpty() ? 0 : StyleKit::Grid + title.width() + Ring;
+    return {Box + titleRoom, qMax(title.height(), Box) + Ring};
 }
 
 bool QBCheckBox::hitButton(const QPoint &position) const
@@ -49,35 +49,40 @@ bool QBCheckBox::hitButton(const QPoint &position) const
     return rect().contains(position);
 }
 
+void QBCheckBox::paintBox(QPainter &painter, const QRectF &box) const
+{
+    const QColor filled = ControlPainting::readable(accent);
+    const bool focus = hasFocus() && keyboardFocus;
+    if (!isChecked()) {
+        const QColor border = (underMouse() && isEnabled()) || focus ? filled : QBBox::idleBorderColor();
+        ControlPainting::drawBox(painter, box, Qt::white, border, focus ? 2 : 1.25);
+        return;
+    }
+    const bool deep = isDown() || focus;
+    ControlPainting::drawBox(painter, box, deep ? filled.darker(125) : filled, filled, 0);
+    QPainterPath tick;
+    tick.moveTo(box.left() + 3.75, box.top() + 8.25);
+    tick.lineTo(box.left() + 6.75, box.top() + 11.25);
+    tick.lineTo(box.left() + 12.25, box.top() + 5.0);
+    painter.setBrush(Qt::NoBrush);
+    painter.setPen(QPen(Qt::white, 2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    painter.drawPath(tick);
+}
+
 void QBCheckBox::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
-    painter.setLayoutDirection(layoutDirection());
     painter.setOpacity(isEnabled() ? 1.0 : 0.45);
-    const QRectF box = QStyle::visualRect(layoutDirection(), rect(), QRect(Margin, (height() - Box) / 2, Box, Box));
-    const QColor filled = ControlPainting::readable(accent);
-    const bool warm = underMouse() && isEnabled();
-    if (isChecked())
-        ControlPainting::drawBox(painter, box, isDown() ? filled.darker(115) : filled, filled, 0);
-    else
-        ControlPainting::drawBox(painter, box, Qt::white, warm ? filled : QBBox::idleBorderColor(), 1.25);
-    if (isChecked()) {
-        QPainterPath tick;
-        tick.moveTo(box.left() + 3.75, box.top() + 8.25);
-        tick.lineTo(box.left() + 6.75, box.top() + 11.25);
-        tick.lineTo(box.left() + 12.25, box.top() + 5.0);
-        painter.setBrush(Qt::NoBrush);
-        painter.setPen(QPen(Qt::white, 2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-        painter.drawPath(tick);
-    }
-    if (hasFocus() && keyboardFocus)
-        ControlPainting::drawBox(painter, box.adjusted(-3, -3, 3, 3), Qt::transparent, filled, 1.5);
+    const auto mirrored = [this](const QRect &area) { return QStyle::visualRect(layoutDirection(), rect(), area); };
+    paintBox(painter, mirrored(QRect(0, (height() - Box) / 2, Box, Box)));
+
+    const QRect title = mirrored(rect().adjusted(Box + StyleKit::Grid, 0, -Ring, 0));
+    const auto alignment = QStyle::visualAlignment(layoutDirection(), Qt::AlignLeft | Qt::AlignVCenter);
     painter.setPen(StyleKit::textColor());
-    const QRect title = rect().adjusted(Margin + Box + StyleKit::Grid, 0, 0, 0);
-    painter.drawText(QStyle::visualRect(layoutDirection(), rect(), title),
-                     static_cast<int>(QStyle::visualAlignment(layoutDirection(), Qt::AlignLeft | Qt::AlignVCenter)) |
-                         Qt::TextShowMnemonic,
-                     text());
+    painter.drawText(title, static_cast<int>(alignment) | Qt::TextShowMnemonic, text());
+    if (hasFocus() && keyboardFocus && !text().isEmpty())
+        ControlPainting::drawBox(painter, title.adjusted(-Ring, 0, Ring, 0), Qt::transparent,
+                                 ControlPainting::readable(accent), 1);
 }
 
 void QBCheckBox::focusInEvent(QFocusEvent *event)

@@ -29,6 +29,8 @@ protected:
     void focusInEvent(QFocusEvent *event) override;
 
 private:
+    void paintBox(QPainter &painter, const QRectF &box) const;
+
     platform::NotificationCenter &center;
     QString tickedNotification;  ///< posted when the box gets ticked, null: none
     QString clearedNotification; ///< posted when it gets cleared, null: none

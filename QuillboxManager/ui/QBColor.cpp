@@ -17,11 +17,11 @@ int hexadecimalDigit(QChar character)
     return -1;
 }
 
-/// Reads as far as the digits go: "5G" is 5, "G5" is 0.
+/// Reads as far as the digits go, after blanks: "5G" and " 5" are 5, "G5" is 0.
 int scanPair(QStringView pair)
 {
     int value = 0;
-    for (const QChar character : pair) {
+    for (const QChar character : pair.trimmed()) {
         const int digit = hexadecimalDigit(character);
         if (digit < 0)
             break;

@@ -10,11 +10,6 @@
 #include <QKeyEvent>
 #include <QPainter>
 
-namespace
-{
-constexpr int Padding = StyleKit::Grid / 2;
-}
-
 QBLinkButton::QBLinkButton(QWidget *parent) : QPushButton(parent)
 {
     setUp();
@@ -46,10 +41,15 @@ void QBLinkButton::setTextColor(const QColor &textColor)
     update();
 }
 
+int QBLinkButton::padding() const
+{
+    return focusPolicy() == Qt::NoFocus ? 0 : StyleKit::Grid / 2;
+}
+
 QSize QBLinkButton::sizeHint() const
 {
     const QSize title = fontMetrics().size(Qt::TextShowMnemonic, text());
-    return {title.width() + 2 * Padding, qMax(title.height() + Padding, 3 * StyleKit::Grid)};
+    return {title.width() + 2 * padding(), qMax(title.height() + StyleKit::Grid / 2, 3 * StyleKit::Grid)};
 }
 
 void QBLinkButton::paintEvent(QPaintEvent *)
@@ -67,7 +67,7 @@ void QBLinkButton::paintEvent(QPaintEvent *)
     ControlPainting::drawTitle(painter, *this, rect(), ink);
     if (!isEnabled() || !(focus || underMouse()))
         return;
-    const int titleWidth = qMin(width(), sizeHint().width()) - 2 * Padding;
+    const int titleWidth = qMin(width(), sizeHint().width()) - 2 * padding();
     const int baseline = (height() + fontMetrics().ascent() - fontMetrics().descent()) / 2 + 3;
     painter.setPen(QPen(ink, 1));
     painter.drawLine(QPointF((width() - titleWidth) / 2.0, baseline + 0.5),

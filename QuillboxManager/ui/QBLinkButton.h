@@ -27,6 +27,7 @@ protected:
 
 private:
     void setUp();
+    int padding() const; ///< room for the focus ring at both sides, in points
 
     QColor color;
     bool keyboardFocus = false;

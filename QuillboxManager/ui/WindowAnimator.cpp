@@ -29,7 +29,7 @@ void WindowAnimator::flip(QWidget *from, QWidget *to)
         return;
     }
     const QPixmap front = from->grab();
-    WindowPlace::centerOn(*to, from->geometry().center());
+    WindowPlace::centerOver(*to, *from);
     to->show();
     cover = new FlipCover(front, to->grab(), flipRight, to);
     cover->show();

@@ -1,6 +1,5 @@
 #pragma once
 
-class QPoint;
 class QWidget;
 
 /// Where windows go. Main thread.
@@ -9,7 +8,7 @@ namespace WindowPlace
 
 /// Centres the window on the screen of its parent or, without one, of the pointer.
 void centerOnScreen(QWidget &window);
-/// Centres the window on a point of the desktop, wholly inside that point's screen.
-void centerOn(QWidget &window, const QPoint &center);
+/// Centres the window over another one that is on the screen, frame over frame.
+void centerOver(QWidget &window, const QWidget &other);
 
 } // namespace WindowPlace

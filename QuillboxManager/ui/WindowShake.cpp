@@ -25,9 +25,11 @@ public:
 protected:
     void draw(QPainter *painter) override
     {
+        // The source ignores the painter's transformation, so its picture is moved instead.
+        QPoint place;
+        const QPixmap content = sourcePixmap(Qt::LogicalCoordinates, &place, NoPad);
         painter->fillRect(boundingRect(), Qt::white);
-        painter->translate(offset, 0);
-        drawSource(painter);
+        painter->drawPixmap(QPointF(place) + QPointF(offset, 0), content);
     }
 
 private:

@@ -6,7 +6,6 @@
 #include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
-#include <QMutex>
 
 #include <openssl/err.h>
 #include <openssl/evp.h>
@@ -14,6 +13,7 @@
 #include <openssl/x509.h>
 
 #include <algorithm>
+#include <mutex>
 
 using namespace Qt::StringLiterals;
 
@@ -100,11 +100,11 @@ std::optional<MXRRSA> MXRRSA::initWithCertificate(const QString &path)
         qint64 size = 0;
         std::optional<MXRRSA> encryptor;
     };
-    static QMutex mutex;
+    static std::mutex mutex;
     static Parsed last;
 
     const QFileInfo file(path);
-    QMutexLocker lock(&mutex);
+    const std::lock_guard lock(mutex);
     const bool unchanged = last.path == path && last.modified == file.lastModified() && last.size == file.size();
     if (last.encryptor && unchanged)
         return last.encryptor;

@@ -15,7 +15,7 @@ constexpr qsizetype mostServers = 64;
 ProxyChoice ProxyResolver::proxyFor(const QUrl &url)
 {
     const QString server = url.scheme() + u"://"_s + url.authority();
-    QMutexLocker lock(&mutex);
+    const std::lock_guard lock(mutex);
     if (!clock.isValid())
         clock.start();
     const auto known = entries.constFind(server);

@@ -3,9 +3,10 @@
 #include <QByteArray>
 #include <QElapsedTimer>
 #include <QHash>
-#include <QMutex>
 #include <QString>
 #include <QUrl>
+
+#include <mutex>
 
 /// How to reach a server: directly when `url` is empty, else through this proxy.
 struct ProxyChoice {
@@ -29,7 +30,7 @@ private:
 
     static ProxyChoice ask(const QUrl &url);
 
-    QMutex mutex;
+    std::mutex mutex;
     QElapsedTimer clock;
     QHash<QString, Entry> entries;
 };

@@ -40,9 +40,8 @@ QBNetworking::QBNetworking(QBGlobeInformation &globeStore, HttpTransport &httpTr
 
 QBNetworking::~QBNetworking()
 {
-    QMutexLocker lock(&mutex);
-    while (backgroundCalls > 0)
-        backgroundCallEnded.wait(&mutex);
+    std::unique_lock lock(mutex);
+    backgroundCallEnded.wait(lock, [this] { return backgroundCalls == 0; });
 }
 
 QString QBNetworking::serverAddress() const
@@ -77,61 +76,61 @@ bool QBNetworking::isLogin() const
 
 ServerReply QBNetworking::dicUpdateVersion() const
 {
-    QMutexLocker lock(&mutex);
+    const std::lock_guard lock(mutex);
     return updateVersion;
 }
 
 void QBNetworking::setDicUpdateVersion(const ServerReply &reply)
 {
-    QMutexLocker lock(&mutex);
+    const std::lock_guard lock(mutex);
     updateVersion = reply;
 }
 
 QString QBNetworking::notLoginAccountName() const
 {
-    QMutexLocker lock(&mutex);
+    const std::lock_guard lock(mutex);
     return accountNameInProgress;
 }
 
 void QBNetworking::setNotLoginAccountName(const QString &name)
 {
-    QMutexLocker lock(&mutex);
+    const std::lock_guard lock(mutex);
     accountNameInProgress = name;
 }
 
 QString QBNetworking::internalLinkPrefix() const
 {
-    QMutexLocker lock(&mutex);
+    const std::lock_guard lock(mutex);
     return linkPrefix;
 }
 
 qint64 QBNetworking::allowperm() const
 {
-    QMutexLocker lock(&mutex);
+    const std::lock_guard lock(mutex);
     return allowedPermissions;
 }
 
 bool QBNetworking::autoCasRedirect() const
 {
-    QMutexLocker lock(&mutex);
+    const std::lock_guard lock(mutex);
     return casRedirect;
 }
 
 bool QBNetworking::bRequestEntryError() const
 {
-    QMutexLocker lock(&mutex);
+    const std::lock_guard lock(mutex);
     return entryRequestFailed;
 }
 
 bool QBNetworking::isHttpServer() const
 {
-    QMutexLocker lock(&mutex);
+    const std::lock_guard lock(mutex);
     return httpOnly;
 }
 
 void QBNetworking::setServiceErrorReporter(std::function<void(const QBError &)> reporter)
 {
-    QMutexLocker lock(&mutex);
+    const std::lock_guard lock(mutex);
     serviceErrorReporter = std::move(reporter);
 }
 
@@ -212,14 +211,14 @@ ServerReply QBNetworking::callOrNothing(const QString &url, const QByteArray &bo
 void QBNetworking::runInBackground(std::function<void()> work)
 {
     {
-        QMutexLocker lock(&mutex);
+        const std::lock_guard lock(mutex);
         ++backgroundCalls;
     }
     // The end is told by the job's destruction: the pool may drop a job without running it.
     const std::shared_ptr<void> running(nullptr, [this](void *) {
-        QMutexLocker lock(&mutex);
+        const std::lock_guard lock(mutex);
         --backgroundCalls;
-        backgroundCallEnded.wakeAll();
+        backgroundCallEnded.notify_all();
     });
     platform::dispatchGlobal([running, work = std::move(work)] { work(); });
 }

@@ -5,12 +5,12 @@
 #include "api/QBError.h"
 
 #include <QJsonObject>
-#include <QMutex>
 #include <QString>
-#include <QWaitCondition>
 
 #include <chrono>
+#include <condition_variable>
 #include <functional>
+#include <mutex>
 #include <optional>
 
 class QBGlobeInformation;
@@ -143,7 +143,7 @@ private:
     HttpTransport &transport;
     platform::UserDefaults &defaults;
     const ClientServices services;
-    mutable QMutex mutex; ///< guards what follows
+    mutable std::mutex mutex; ///< guards what follows
     ServerReply updateVersion;
     QString accountNameInProgress;
     QString linkPrefix;
@@ -154,5 +154,5 @@ private:
     std::function<void(const QBError &)> serviceErrorReporter;
     quint64 latestAttempt = 0; ///< of the sign-ins, probes and logouts; only the latest may change the session
     int backgroundCalls = 0;
-    QWaitCondition backgroundCallEnded;
+    std::condition_variable backgroundCallEnded;
 };

@@ -23,7 +23,7 @@ ServerReply QBNetworking::getServerConfig()
         return {};
     const QJsonValue redirect =
         reply->value(u"thirdauth"_s).toObject().value(u"config"_s).toObject().value(u"autoCasRedirect"_s);
-    QMutexLocker lock(&mutex);
+    const std::lock_guard lock(mutex);
     linkPrefix = ServerReplies::text(reply->value(u"internal_link_prefix"_s));
     if (!redirect.isUndefined())
         casRedirect = ServerReplies::truth(redirect);
@@ -70,7 +70,7 @@ ServerReply QBNetworking::requestUserInfo()
         return reply;
     std::function<void(const QBError &)> reporter;
     {
-        QMutexLocker lock(&mutex);
+        const std::lock_guard lock(mutex);
         reporter = serviceErrorReporter;
     }
     const QBError shown = QBError::errorForErrorList(error);

@@ -68,7 +68,7 @@ bool QBNetworking::probe(const QString &server, const QString &authPort, bool ht
     if (reply.error || (https && reply.status == 400))
         return false;
     {
-        QMutexLocker lock(&mutex);
+        const std::lock_guard lock(mutex);
         if (attempt != latestAttempt)
             return false;
         httpOnly = !https;

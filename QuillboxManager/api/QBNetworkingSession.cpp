@@ -19,14 +19,14 @@ constexpr int renewableToken = 2; // "expirestype"
 
 quint64 QBNetworking::beginAttempt()
 {
-    QMutexLocker lock(&mutex);
+    const std::lock_guard lock(mutex);
     return ++latestAttempt;
 }
 
 bool QBNetworking::storeSession(quint64 attempt, const QBGlobeAccount &account)
 {
     {
-        QMutexLocker lock(&mutex);
+        const std::lock_guard lock(mutex);
         if (attempt != latestAttempt)
             return false;
         globe.setAccount(account);

@@ -3,8 +3,9 @@
 #include "support/TestMain.h"
 
 #include <QElapsedTimer>
-#include <QSemaphore>
 #include <QTest>
+
+#include <future>
 
 using testing::ScriptedAnswer;
 using testing::ScriptedServer;
@@ -15,16 +16,12 @@ namespace
 
 enum class Place { Plain, Secure, PlainOnSecurePort, SecureOnPlainPort, Nobody };
 
-ServerConfigResult probed(ApiClient &client, const QString &address, int port)
+std::future<ServerConfigResult> probe(ApiClient &client, const QString &address, const QString &port)
 {
-    QSemaphore done;
-    ServerConfigResult result{};
-    client.networking.serverConfigWithServer(address, QString::number(port), {}, [&](ServerConfigResult found) {
-        result = found;
-        done.release();
-    });
-    done.acquire();
-    return result;
+    auto result = std::make_shared<std::promise<ServerConfigResult>>();
+    client.networking.serverConfigWithServer(address, port, {},
+                                             [result](ServerConfigResult found) { result->set_value(found); });
+    return result->get_future();
 }
 
 } // namespace
@@ -194,7 +191,7 @@ void TestApiFailures::probesHttpsThenHttp()
         server.expect("POST /api/v1/ping HTTP/1.1\r\n", answer);
     ApiClient client(u"old.invalid"_s, 1, false);
     client.signIn();
-    QCOMPARE(static_cast<int>(probed(client, u"127.0.0.1"_s, server.port())), result);
+    QCOMPARE(static_cast<int>(probe(client, u"127.0.0.1"_s, server.portText()).get()), result);
     QCOMPARE(client.globe.account().tokenID, QString());
     QCOMPARE(client.globe.account().name, u"ann"_s);
     const bool found = result == 1;
@@ -215,16 +212,10 @@ void TestApiFailures::dropsAnOvertakenProbe()
     slow.expect("POST /api/v1/ping ", late);
     quick.expect("POST /api/v1/ping ", ScriptedAnswer::json("{}"));
     ApiClient client(slow);
-    QSemaphore done;
-    ServerConfigResult first{};
-    client.networking.serverConfigWithServer(u"localhost"_s, slow.portText(), {}, [&](ServerConfigResult result) {
-        first = result;
-        done.release();
-    });
+    std::future<ServerConfigResult> first = probe(client, u"localhost"_s, slow.portText());
     QVERIFY(slow.waitForRequests(1));
-    QCOMPARE(probed(client, u"127.0.0.1"_s, quick.port()), ServerConfigResult::Succeeded);
-    done.acquire();
-    QCOMPARE(first, ServerConfigResult::Failed);
+    QCOMPARE(probe(client, u"127.0.0.1"_s, quick.portText()).get(), ServerConfigResult::Succeeded);
+    QCOMPARE(first.get(), ServerConfigResult::Failed);
     QCOMPARE(client.networking.serverAuthPort(), quick.portText());
 }
 

@@ -1,0 +1,15 @@
+// Part of every test program: what the thread sanitizer cannot judge, because the libraries are not built with it and
+// synchronise in ways that it does not see.
+
+#if defined(__SANITIZE_THREAD__)
+extern "C" const char *__tsan_default_suppressions();
+
+extern "C" const char *__tsan_default_suppressions()
+{
+    // The test library's watchdog thread and the desktop's proxy settings live on threads of the libraries' own.
+    return "race:QWaitCondition\n"
+           "race:QNetworkProxyFactory::systemProxyForQuery\n"
+           "race:libproxy.so\n"
+           "called_from_lib:libproxy.so\n";
+}
+#endif

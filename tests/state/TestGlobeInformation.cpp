@@ -2,6 +2,7 @@
 #include "platform/PropertyList.h"
 #include "state/QBGlobeInformation.h"
 #include "support/LogRecorder.h"
+#include "support/NoOverride.h"
 #include "support/TestMain.h"
 
 #include <QDir>
@@ -220,14 +221,14 @@ void TestGlobeInformation::readonlyRefuses()
 
 void TestGlobeInformation::failedWriteKeepsTheOldFile_data()
 {
-    QTest::addColumn<bool>("diskIsFull");
-    QTest::newRow("full disk") << true;
-    QTest::newRow("folder is gone and cannot be made") << false;
+    QTest::addColumn<QString>("fault");
+    for (const char *fault : {"full disk", "read-only folder", "folder gone"})
+        QTest::newRow(fault) << QString::fromLatin1(fault);
 }
 
 void TestGlobeInformation::failedWriteKeepsTheOldFile()
 {
-    QFETCH(const bool, diskIsFull);
+    QFETCH(const QString, fault);
     const testing::LogRecorder log;
     QBGlobeInformation store(path, false);
     store.setServer(knownServer());
@@ -237,15 +238,19 @@ void TestGlobeInformation::failedWriteKeepsTheOldFile()
     const QString data = folder->filePath(QStringLiteral("data"));
     const QString aside = folder->filePath(QStringLiteral("aside"));
     {
+        const testing::NoOverride permissionsCount;
         std::optional<FullDisk> disk;
-        if (diskIsFull)
+        if (fault == QLatin1String("full disk"))
             disk.emplace(100);
-        else
+        else if (fault == QLatin1String("folder gone"))
             QVERIFY(QDir().rename(data, aside));
+        else
+            QCOMPARE(::chmod(QFile::encodeName(data).constData(), 0500), 0);
         QVERIFY(!store.update());
     }
-    if (!diskIsFull)
+    if (QFileInfo::exists(aside))
         QVERIFY(QDir().rename(aside, data));
+    QCOMPARE(::chmod(QFile::encodeName(data).constData(), 0700), 0);
     QCOMPARE(contentOf(path), before);
     QCOMPARE(QDir(data).entryList(QDir::Files | QDir::Hidden).size(), 1);
     QVERIFY(!log.lines().isEmpty());

@@ -1,0 +1,236 @@
+#include "SocketRecorders.h"
+#include "support/LogRecorder.h"
+#include "support/NoOverride.h"
+#include "support/TestMain.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QTest>
+
+#include <fcntl.h>
+#include <future>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
+
+using namespace std::chrono_literals;
+using testing::ListeningServer;
+
+namespace
+{
+
+qsizetype openDescriptors()
+{
+    return QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::AllEntries | QDir::System).size();
+}
+
+/// While it lives, the process can open nothing.
+class NoFreeDescriptor
+{
+public:
+    NoFreeDescriptor()
+    {
+        ::getrlimit(RLIMIT_NOFILE, &before);
+        const rlimit few = {128, before.rlim_max};
+        ::setrlimit(RLIMIT_NOFILE, &few);
+        for (int filler = ::dup(0); filler >= 0; filler = ::dup(0))
+            fillers.push_back(platform::FileDescriptor(filler));
+    }
+    ~NoFreeDescriptor() { ::setrlimit(RLIMIT_NOFILE, &before); }
+
+private:
+    rlimit before = {};
+    std::vector<platform::FileDescriptor> fillers;
+};
+
+const QByteArray moreThanFits(4'000'000, 'x');
+
+} // namespace
+
+class TestUnixSocketClosing : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void whileReading();
+    void whileAccepting();
+    void clientThatNeverReads();
+    void destructionEndsEverything();
+    void acceptFails();
+    void unlinkFails();
+    void connectingAgain();
+    void manyClientsComeAndGo();
+};
+
+/// Whether the close comes before, in or after the read is the system's choice: in every case the read ends.
+void TestUnixSocketClosing::whileReading()
+{
+    const ListeningServer end;
+    for (int round = 0; round < 100; ++round) {
+        const auto client = end.connected();
+        auto reading = std::async(std::launch::async, [client] { return client->readWithError().has_value(); });
+        if (round % 4 == 0)
+            std::this_thread::sleep_for(1ms);
+        QVERIFY(client->closeWithError(nullptr));
+        QCOMPARE(reading.wait_for(10s), std::future_status::ready);
+        QVERIFY(!reading.get());
+    }
+}
+
+void TestUnixSocketClosing::whileAccepting()
+{
+    for (int round = 0; round < 50; ++round) {
+        ListeningServer end;
+        QVERIFY(end.listening);
+        if (round % 2 == 0)
+            QVERIFY(end.connected()->fd() >= 0);
+        QBError error;
+        QVERIFY(end.server->closeWithError(&error));
+        QVERIFY(end.server->closeWithError(&error));
+        QCOMPARE(int(end.server->state()), 2);
+        QVERIFY(!QFileInfo::exists(end.path()));
+        QCOMPARE(end.recorder->events().count(QStringLiteral("closed 0")), 1);
+        const std::weak_ptr<GDUnixSocketServer> server = end.server;
+        end.server.reset();
+        QVERIFY(QTest::qWaitFor([&] { return server.expired(); }));
+        QCOMPARE(end.recorder->events().filter(QStringLiteral("Failed")), QStringList());
+    }
+}
+
+void TestUnixSocketClosing::clientThatNeverReads()
+{
+    ListeningServer end;
+    const auto lazy = end.connected();
+    QVERIFY(end.recorder->waitForEvent(QStringLiteral("accepted")));
+    const QString lazyID = end.recorder->lastID();
+    std::promise<qint64> written;
+    auto count = written.get_future();
+    end.server->sendData(moreThanFits, lazyID, [&](const QBError &, qint64 sent) { written.set_value(sent); });
+
+    const auto eager = end.connected();
+    QVERIFY(end.recorder->waitFor(
+        [](const testing::Events &self) { return self.list.count(QStringLiteral("accepted")) == 2; }));
+    QCOMPARE(end.server->sendData("hello", end.recorder->lastID()), 5);
+    QCOMPARE(*eager->readWithError(), QByteArray("hello"));
+    QCOMPARE(count.wait_for(0s), std::future_status::timeout);
+
+    end.server->closeSilently();
+    QCOMPARE(count.wait_for(10s), std::future_status::ready);
+    QVERIFY(count.get() < moreThanFits.size());
+    QVERIFY(!end.recorder->events().contains(QStringLiteral("closed 0")));
+}
+
+void TestUnixSocketClosing::destructionEndsEverything()
+{
+    const qsizetype before = openDescriptors();
+    std::promise<void> read, written;
+    std::weak_ptr<GDUnixSocketServer> server;
+    std::weak_ptr<GDUnixSocketClient> reader, writer;
+    {
+        ListeningServer end;
+        auto readingClient = end.connected(true);
+        auto writingClient = end.connected();
+        readingClient->readWithCompletion(
+            [&](const QBError &, const std::optional<QByteArray> &) { read.set_value(); });
+        // Nobody at the other end of this one reads: the server's own threads do not touch it.
+        const auto silent = GDUnixSocketServer::initWithSocketPath(end.folder.filePath(QStringLiteral("silent")));
+        QVERIFY(silent->listenWithError());
+        const auto deaf = std::make_shared<testing::ServerRecorder>();
+        silent->setDelegate(deaf);
+        writingClient = GDUnixSocketClient::initWithSocketPath(silent->socketPath());
+        QVERIFY(writingClient->connectWithAutoRead(false));
+        QVERIFY(deaf->waitForEvent(QStringLiteral("accepted")));
+        silent->sendData(moreThanFits, deaf->lastID(), [&](const QBError &, qint64) { written.set_value(); });
+        server = std::exchange(end.server, nullptr);
+        reader = readingClient;
+        writer = writingClient;
+    }
+    QCOMPARE(read.get_future().wait_for(10s), std::future_status::ready);
+    QCOMPARE(written.get_future().wait_for(10s), std::future_status::ready);
+    QVERIFY(QTest::qWaitFor([&] { return server.expired() && reader.expired() && writer.expired(); }));
+    // Threads of earlier tests may have held some when they were counted.
+    QVERIFY2(QTest::qWaitFor([&] { return openDescriptors() <= before; }), "a descriptor leaked");
+}
+
+void TestUnixSocketClosing::acceptFails()
+{
+    ListeningServer end;
+    const platform::FileDescriptor caller = SystemSocket::open();
+    const auto address = SystemSocket::address(end.path());
+    {
+        const NoFreeDescriptor full;
+        QVERIFY(SystemSocket::connect(caller.get(), *address));
+        QVERIFY(end.recorder->waitForEvent(QStringLiteral("closed 0")));
+    }
+    const QStringList events = end.recorder->events();
+    QCOMPARE(events.size(), 3);
+    QVERIFY2(events.at(1).startsWith(QStringLiteral("Failed to accept connection, closing socket. fd: ")),
+             qPrintable(events.at(1)));
+    QVERIFY2(events.at(1).endsWith(QStringLiteral("errno: 24. Too many open files")), qPrintable(events.at(1)));
+    QVERIFY(QTest::qWaitFor([&] { return end.server->fd() == -1; }));
+}
+
+void TestUnixSocketClosing::unlinkFails()
+{
+    ListeningServer end;
+    const auto client = end.connected();
+    QVERIFY(end.recorder->waitForEvent(QStringLiteral("accepted")));
+    const QByteArray folder = QFile::encodeName(end.folder.path());
+    QCOMPARE(::chmod(folder.constData(), 0500), 0);
+    {
+        const testing::NoOverride permissionsCount;
+        QBError error;
+        QVERIFY(!end.server->closeWithError(&error));
+        QCOMPARE(error.code(), -3020);
+        QVERIFY2(error.localizedDescription().startsWith(QStringLiteral("Failed to unlink socket. fd: ")),
+                 qPrintable(error.localizedDescription()));
+    }
+    QVERIFY(!client->readWithError());
+    QVERIFY(end.recorder->events().contains(QStringLiteral("closed -3020")));
+    QCOMPARE(int(end.server->state()), 3);
+    const auto next = end.connected(); // it goes on listening
+    next->writeData("x");
+    QVERIFY(end.recorder->waitForBytes(1));
+    QCOMPARE(::chmod(folder.constData(), 0700), 0);
+    QVERIFY(end.server->closeWithError(nullptr));
+}
+
+void TestUnixSocketClosing::connectingAgain()
+{
+    ListeningServer end;
+    const auto client = GDUnixSocketClient::initWithSocketPath(end.path());
+    for (int round = 1; round <= 20; ++round) {
+        QVERIFY(client->connectWithAutoRead(true));
+        QCOMPARE(client->writeData("x"), 1);
+        QVERIFY(end.recorder->waitForBytes(round));
+        if (round % 2 == 0)
+            client->close();
+        QCOMPARE(int(client->state()), round % 2 == 0 ? 2 : 1);
+    }
+}
+
+void TestUnixSocketClosing::manyClientsComeAndGo()
+{
+    ListeningServer end;
+    const auto visit = [&] {
+        for (int i = 0; i < 50; ++i) {
+            const auto client = end.connected(i % 2 == 0);
+            client->writeData("x", nullptr);
+            client->uniqueID();
+            end.server->sendData("y", end.recorder->lastID());
+            client->writeData("x");
+        }
+    };
+    {
+        std::vector<std::jthread> visitors;
+        for (int i = 0; i < 4; ++i)
+            visitors.emplace_back(visit);
+    }
+    QVERIFY(end.recorder->waitForBytes(200));
+    QVERIFY(end.server->closeWithError(nullptr));
+    QVERIFY(!end.server->clientIDExists(end.recorder->lastID()));
+}
+
+REGISTER_TEST(TestUnixSocketClosing)
+#include "TestUnixSocketClosing.moc"

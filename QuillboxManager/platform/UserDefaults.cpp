@@ -30,11 +30,11 @@ void makeFolder(const QString &folder)
 }
 
 /// Held while the file is read, merged and written, so that two processes do not lose each other's keys. Another
-/// process that hangs while it holds the lock delays this one for a moment only.
+/// process that hangs while it holds the lock delays this one for a second at most.
 FileDescriptor lockFolder(const QString &folder)
 {
     FileDescriptor opened(::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    constexpr int attempts = 20;
+    constexpr int attempts = 500;
     constexpr timespec pause = {0, 2'000'000};
     for (int attempt = 0; opened.isOpen() && attempt < attempts; ++attempt) {
         if (::flock(opened.get(), LOCK_EX | LOCK_NB) == 0)

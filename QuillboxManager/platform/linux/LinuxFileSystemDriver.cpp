@@ -11,7 +11,7 @@ namespace platform
 
 QString LinuxFileSystemDriver::installedVersion() const
 {
-    if (::access("/dev/fuse", R_OK | W_OK) != 0)
+    if (::access("/dev/fuse", F_OK) != 0)
         return {};
     const TaskResult answer = runTask(QStringLiteral("fusermount3"), {QStringLiteral("--version")});
     if (answer.status != 0)

@@ -108,7 +108,8 @@ bool LinuxWorkspace::openURL(const QUrl &url)
 {
     const QString scheme = url.scheme();
     const bool isWeb = (scheme == QLatin1String("http") || scheme == QLatin1String("https")) && !url.host().isEmpty();
-    if (!url.isValid() || (!isWeb && !url.isLocalFile()))
+    const bool isFile = url.isLocalFile() && url.host().isEmpty();
+    if (!url.isValid() || (!isWeb && !isFile))
         return false;
     const QString address = QString::fromLatin1(url.toEncoded());
     return Task::launch(QStringLiteral("xdg-open"), {address}) != nullptr;

@@ -46,7 +46,10 @@ LoginVerifyWindowController::LoginVerifyWindowController(QBNetworking &client, p
     connect(&timer, &QTimer::timeout, this, [this] { tick(); });
 }
 
-LoginVerifyWindowController::~LoginVerifyWindowController() = default;
+LoginVerifyWindowController::~LoginVerifyWindowController()
+{
+    close(); // a field that loses the focus tells us so: now, while there is someone to listen
+}
 
 QWidget *LoginVerifyWindowController::loadWindow()
 {

@@ -37,7 +37,10 @@ LoginWindowController::LoginWindowController(QBNetworking &client, platform::Use
 {
 }
 
-LoginWindowController::~LoginWindowController() = default;
+LoginWindowController::~LoginWindowController()
+{
+    close(); // a field that loses the focus tells us so: now, while there is someone to listen
+}
 
 Ui::LoginWindowController &LoginWindowController::form()
 {

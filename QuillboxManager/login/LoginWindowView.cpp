@@ -16,6 +16,7 @@ namespace
 constexpr int CodeBoxHeight = StyleKit::ControlHeight + StyleKit::Grid;
 constexpr int RevealMilliseconds = 750;
 constexpr int IconSide = 20;
+constexpr int LogoHeight = 64;
 
 QString text(const char *key)
 {
@@ -94,9 +95,9 @@ void LoginWindowView::setUpAccessibility()
 void LoginWindowView::showLogo()
 {
     const QString name = QStringLiteral("QBLogo-CN.png");
-    const QSize size = Images::sizeOf(name).scaled(200, 64, Qt::KeepAspectRatio);
+    const QSize size = Images::sizeOf(name);
     controls->imageViewLogo->setPixmap(Images::pixmapNamed(name, size, devicePixelRatioF()));
-    controls->imageViewLogo->setFixedHeight(64);
+    controls->imageViewLogo->setMinimumHeight(LogoHeight);
     controls->txtSlogan->setText(localizedString(QStringLiteral("统一的文档云")));
     QFont font = QBFont::SYsystemFontOfSize(QBFont::SystemFontSize + 1);
     font.setLetterSpacing(QFont::AbsoluteSpacing, 1);

@@ -50,7 +50,10 @@ ServerSettingWindowController::ServerSettingWindowController(QBNetworking &clien
 {
 }
 
-ServerSettingWindowController::~ServerSettingWindowController() = default;
+ServerSettingWindowController::~ServerSettingWindowController()
+{
+    close(); // a field that loses the focus tells us so: now, while there is someone to listen
+}
 
 QWidget *ServerSettingWindowController::loadWindow()
 {

@@ -1,0 +1,94 @@
+#pragma once
+
+#include "api/ApiClient.h"
+#include "login/ThirdLoginOpener.h"
+#include "platform/NotificationCenter.h"
+#include "state/NotificationNames.h"
+#include "ui/Application.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QTest>
+
+#include <memory>
+#include <vector>
+
+/// What a sign-in window talks to: a scripted server, a client of its own, settings, notifications and an application
+/// that only counts how often it was to end.
+struct LoginScene : ThirdLoginOpener {
+    LoginScene() : client(keep(std::make_unique<ApiClient>(server)))
+    {
+        for (const QString &name :
+             {NotificationNames::loginSuccess(), NotificationNames::wantServerSettingWindow(),
+              NotificationNames::wantForgetPWDWindow(), NotificationNames::wantLoginVerifyWindow(),
+              NotificationNames::wantLoginWindow(), NotificationNames::loginVerifyWantLoginWindow(),
+              NotificationNames::closeLoginVerifyWindow()})
+            center.addObserver(&observer, name, [this](const platform::Notification &notification) {
+                posted.append(notification.name);
+                if (whenPosted)
+                    whenPosted();
+            });
+        Application::setTerminateHandler([this] { ++terminated; });
+    }
+    ~LoginScene() override { Application::setTerminateHandler({}); }
+
+    bool open(const QString &authURL, const QString &authID) override
+    {
+        opened.append(authURL + QLatin1Char(' ') + authID);
+        return opens;
+    }
+
+    /// A call in progress may use the client after the test's end.
+    static ApiClient &keep(std::unique_ptr<ApiClient> made)
+    {
+        static auto *kept = new std::vector<std::unique_ptr<ApiClient>>;
+        kept->push_back(std::move(made));
+        return *kept->back();
+    }
+
+    template <class Widget = QWidget> static Widget *find(QWidget *window, const char *name)
+    {
+        auto *found = window->findChild<Widget *>(QLatin1String(name));
+        if (!found)
+            qFatal("no control named %s", name);
+        return found;
+    }
+    static bool shows(QWidget *window, const char *name) { return find(window, name)->isVisibleTo(window); }
+    static QString text(QWidget *window, const char *name) { return find<QLineEdit>(window, name)->text(); }
+    static void type(QWidget *window, const char *name, const QString &text)
+    {
+        auto *field = find<QLineEdit>(window, name);
+        field->clear();
+        QTest::keyClicks(field, text);
+    }
+    static void press(QWidget *window, const char *name)
+    {
+        QTest::mouseClick(find<QAbstractButton>(window, name), Qt::LeftButton);
+    }
+    static QString message(QWidget *window, const char *name) { return find<QLabel>(window, name)->text(); }
+
+    /// The alert on show, null when there is none.
+    static QMessageBox *alert()
+    {
+        for (QWidget *widget : QApplication::topLevelWidgets())
+            if (auto *box = qobject_cast<QMessageBox *>(widget); box && box->isVisible())
+                return box;
+        return nullptr;
+    }
+
+    testing::ScriptedServer server;
+    ApiClient &client;
+    QObject observer;
+    platform::NotificationCenter center;
+    QStringList posted;
+    std::function<void()> whenPosted; ///< what the shell would do
+    QStringList opened;               ///< "URL authID" of single-sign-on windows
+    bool opens = true;
+    int terminated = 0;
+};
+
+/// Waits, and says what for when it does not come.
+#define AWAIT(condition) QTRY_VERIFY2_WITH_TIMEOUT(condition, "waited for " #condition, 5000)

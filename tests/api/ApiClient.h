@@ -9,6 +9,8 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include <future>
+
 /// An API client of its own: store, settings, password key and transport are new, nothing is shared.
 struct ApiClient {
     ApiClient(const QString &address, int port, bool https)
@@ -63,3 +65,12 @@ struct ApiClient {
     HttpTransport transport;
     QBNetworking networking{globe, transport, defaults, services()};
 };
+
+/// Starts the server probe; the future holds what its handler is told.
+inline std::future<ServerConfigResult> probeServer(ApiClient &client, const QString &address, const QString &port)
+{
+    auto result = std::make_shared<std::promise<ServerConfigResult>>();
+    client.networking.serverConfigWithServer(address, port, {},
+                                             [result](ServerConfigResult found) { result->set_value(found); });
+    return result->get_future();
+}

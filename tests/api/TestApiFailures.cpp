@@ -5,8 +5,6 @@
 #include <QElapsedTimer>
 #include <QTest>
 
-#include <future>
-
 using testing::ScriptedAnswer;
 using testing::ScriptedServer;
 using namespace Qt::StringLiterals;
@@ -15,14 +13,6 @@ namespace
 {
 
 enum class Place { Plain, Secure, PlainOnSecurePort, SecureOnPlainPort, Nobody };
-
-std::future<ServerConfigResult> probe(ApiClient &client, const QString &address, const QString &port)
-{
-    auto result = std::make_shared<std::promise<ServerConfigResult>>();
-    client.networking.serverConfigWithServer(address, port, {},
-                                             [result](ServerConfigResult found) { result->set_value(found); });
-    return result->get_future();
-}
 
 } // namespace
 Q_DECLARE_METATYPE(Place)
@@ -191,7 +181,7 @@ void TestApiFailures::probesHttpsThenHttp()
         server.expect("POST /api/v1/ping HTTP/1.1\r\n", answer);
     ApiClient client(u"old.invalid"_s, 1, false);
     client.signIn();
-    QCOMPARE(static_cast<int>(probe(client, u"127.0.0.1"_s, server.portText()).get()), result);
+    QCOMPARE(static_cast<int>(probeServer(client, u"127.0.0.1"_s, server.portText()).get()), result);
     QCOMPARE(client.globe.account().tokenID, QString());
     QCOMPARE(client.globe.account().name, u"ann"_s);
     const bool found = result == 1;
@@ -212,9 +202,9 @@ void TestApiFailures::dropsAnOvertakenProbe()
     slow.expect("POST /api/v1/ping ", late);
     quick.expect("POST /api/v1/ping ", ScriptedAnswer::json("{}"));
     ApiClient client(slow);
-    std::future<ServerConfigResult> first = probe(client, u"localhost"_s, slow.portText());
+    std::future<ServerConfigResult> first = probeServer(client, u"localhost"_s, slow.portText());
     QVERIFY(slow.waitForRequests(1));
-    QCOMPARE(probe(client, u"127.0.0.1"_s, quick.portText()).get(), ServerConfigResult::Succeeded);
+    QCOMPARE(probeServer(client, u"127.0.0.1"_s, quick.portText()).get(), ServerConfigResult::Succeeded);
     QCOMPARE(first.get(), ServerConfigResult::Failed);
     QCOMPARE(client.networking.serverAuthPort(), quick.portText());
 }

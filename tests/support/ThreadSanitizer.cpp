@@ -8,6 +8,7 @@ extern "C" const char *__tsan_default_suppressions()
 {
     // The test library's watchdog thread and the desktop's proxy settings live on threads of the libraries' own.
     return "race:QWaitCondition\n"
+           "race:libQt6Test.so\n"
            "race:QNetworkProxyFactory::systemProxyForQuery\n"
            "race:libproxy.so\n"
            "called_from_lib:libproxy.so\n";

@@ -1,0 +1,120 @@
+// Calls per second of the HTTP transport beside a bare libcurl loop, on the same local server, with 1, 4 and 16
+// threads. usage: api_calls [milliseconds per measurement]
+
+#include "PlainServer.h"
+
+#include "api/HttpTransport.h"
+
+#include <curl/curl.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <thread>
+#include <vector>
+
+namespace
+{
+
+using Clock = std::chrono::steady_clock;
+/// One client of one thread: makes calls until the time is over and returns how many succeeded.
+using Client = std::function<long(Clock::time_point end)>;
+
+constexpr int rounds = 5;
+constexpr char body[] = "{\"ostype\": 5}";
+constexpr char contentType[] = "application/x-www-form-urlencoded charset=utf-8";
+
+size_t collect(const char *bytes, size_t size, size_t count, void *target)
+{
+    static_cast<QByteArray *>(target)->append(bytes, static_cast<qsizetype>(size * count));
+    return size * count;
+}
+
+long bareCalls(const QByteArray &url, Clock::time_point end)
+{
+    CURL *easy = curl_easy_init();
+    curl_slist *headers = curl_slist_append(nullptr, "Expect:");
+    headers = curl_slist_append(headers, (QByteArray("Content-Type: ") + contentType).constData());
+    QByteArray reply;
+    curl_easy_setopt(easy, CURLOPT_URL, url.constData());
+    curl_easy_setopt(easy, CURLOPT_PROXY, "");
+    curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
+    curl_easy_setopt(easy, CURLOPT_POSTFIELDS, body);
+    curl_easy_setopt(easy, CURLOPT_HTTPHEADER, headers);
+    curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, collect);
+    curl_easy_setopt(easy, CURLOPT_WRITEDATA, &reply);
+    long calls = 0;
+    while (Clock::now() < end) {
+        reply.clear();
+        calls += curl_easy_perform(easy) == CURLE_OK && reply.size() > 250;
+    }
+    curl_slist_free_all(headers);
+    curl_easy_cleanup(easy);
+    return calls;
+}
+
+long transportCalls(HttpTransport &transport, const QString &url, Clock::time_point end)
+{
+    long calls = 0;
+    while (Clock::now() < end) {
+        HttpRequest request;
+        request.url = url;
+        request.body = QByteArray(body);
+        request.headers = {{"Content-Type", contentType}};
+        const HttpReply reply = transport.post(request);
+        calls += !reply.error && reply.body.size() > 250;
+    }
+    return calls;
+}
+
+double callsPerSecond(int threadCount, std::chrono::milliseconds duration, const Client &client)
+{
+    std::atomic<long> calls = 0;
+    std::vector<std::thread> threads;
+    const auto end = Clock::now() + duration;
+    for (int i = 0; i < threadCount; ++i)
+        threads.emplace_back([&] { calls += client(end); });
+    for (std::thread &thread : threads)
+        thread.join();
+    return static_cast<double>(calls) / std::chrono::duration<double>(duration).count();
+}
+
+double median(std::vector<double> values)
+{
+    std::sort(values.begin(), values.end());
+    return values[values.size() / 2];
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    const std::chrono::milliseconds duration(argc > 1 ? std::max(1, std::atoi(argv[1])) : 1000);
+    const PlainServer server;
+    if (server.port() == 0) {
+        std::fputs("no local server\n", stderr);
+        return 1;
+    }
+    curl_global_init(CURL_GLOBAL_ALL);
+    const QString url = QStringLiteral("http://127.0.0.1:%1/api/v1/auth1?method=get").arg(server.port());
+    const QByteArray bareUrl = url.toLatin1();
+    HttpTransport transport;
+
+    std::printf("threads  bare libcurl calls/s  transport calls/s  ratio\n");
+    for (const int threads : {1, 4, 16}) {
+        std::vector<double> bare;
+        std::vector<double> ours;
+        std::vector<double> ratios;
+        for (int round = 0; round < rounds; ++round) {
+            bare.push_back(callsPerSecond(threads, duration, [&](auto end) { return bareCalls(bareUrl, end); }));
+            ours.push_back(
+                callsPerSecond(threads, duration, [&](auto end) { return transportCalls(transport, url, end); }));
+            ratios.push_back(ours.back() / bare.back());
+        }
+        std::printf("%7d  %20.0f  %17.0f  %5.2f\n", threads, median(bare), median(ours), median(ratios));
+    }
+    return 0;
+}

@@ -10,7 +10,7 @@ from . import processes
 from .waiting import Failure, wait_for
 
 SESSION_FILE = ("com.velto.quillbox/Library/Containers/com.velto.quillbox.FinderHelper1/Data/Library/"
-                "Application Support/quillbox.globe")
+                "Application Support/com.velto.quillbox/quillbox.globe")
 SIGN_IN_WINDOW = "btnLogin"
 SERVER_WINDOW = "btnConfirm"
 

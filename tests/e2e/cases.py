@@ -67,7 +67,7 @@ def wrong_password(stage):
     manager.type("txtUserName", DEMO_ACCOUNT)
     manager.type("txtPassword", "not-the-password")
     manager.press(SIGN_IN_WINDOW)
-    message = manager.control("txtErrorMessage").spoken_name()
+    message = wait_for("a text in the error line", manager.control("txtErrorMessage").spoken_name, 10)
     expect("incorrect" in message, f"the error line says {message!r}")
     expect(not stage.profile.is_signed_in() and not stage.profile.companions(), "signed in with a wrong password")
     wait_for("the sign-in button to be ready again", manager.control(SIGN_IN_WINDOW).is_enabled, 10)
@@ -132,7 +132,7 @@ def server_down_at_start(stage):
     stage.store_server(stage.server.http_port)
     stage.server.stop()
     manager = stage.launch()
-    message = manager.control("txtMessage", 30).spoken_name()
+    message = wait_for("a text in the message line", manager.control("txtMessage", 30).spoken_name, 10)
     expect("reach the server" in message, f"the server window says {message!r}")
     expect(not manager.find(SIGN_IN_WINDOW), "the sign-in window is shown without a server")
 

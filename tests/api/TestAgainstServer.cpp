@@ -19,6 +19,8 @@ private Q_SLOTS:
     void walksThroughASession_data();
     void walksThroughASession();
     void changesThePassword();
+    void signsInWithATicketAndUpdates();
+    void sendsACode();
     void probesTheServer();
 };
 
@@ -123,6 +125,43 @@ void TestAgainstServer::changesThePassword()
     QVERIFY2(!error, qPrintable(error.localizedDescription()));
     QVERIFY(pair.signIn(demoPassword));
     QVERIFY(!pair.signIn(u"Another-pass2"_s));
+}
+
+void TestAgainstServer::signsInWithATicketAndUpdates()
+{
+    Pair pair(false);
+    const QJsonObject config{{u"authServer"_s, u"http://127.0.0.1/"_s}};
+    const QJsonObject tickets{{u"ST-1"_s, u"demo"_s}, {u"ST-2"_s, u"demo"_s}};
+    const QJsonObject update{
+        {u"result"_s, u"optional"_s}, {u"latest"_s, u"9.9.9"_s}, {u"downloadurl"_s, u"http://127.0.0.1/x.dmg"_s}};
+    QString problem;
+    QVERIFY2(pair.server->setScenario(
+                 {{u"update"_s, update},
+                  {u"thirdauth"_s, QJsonObject{{u"id"_s, u"sso"_s}, {u"config"_s, config}, {u"tickets"_s, tickets}}}},
+                 &problem),
+             qPrintable(problem));
+    QBNetworking &networking = pair.client->networking;
+    QBError error = QBError::errorForOperationCancel();
+    const LoginHandle handle = [&](const QBError &result, const ServerReply &) { error = result; };
+    networking.loginWithTicket(u"ST-1"_s, u"demo"_s, u"sso"_s, handle);
+    QVERIFY2(!error && networking.isLogin(), qPrintable(error.localizedDescription()));
+    networking.loginWithTicketDic({{u"ticket"_s, u"ST-9"_s}}, u"demo"_s, u"sso"_s, handle);
+    QCOMPARE(error.domain(), QBError::serverDomain());
+    networking.loginWithTicketDic({{u"ticket"_s, u"ST-2"_s}}, u"demo"_s, u"sso"_s, handle);
+    QVERIFY2(!error, qPrintable(error.localizedDescription()));
+    QVERIFY(networking.requestDownloadUrl(&error));
+    QVERIFY2(!error, qPrintable(error.localizedDescription()));
+}
+
+void TestAgainstServer::sendsACode()
+{
+    Pair pair(false);
+    QVERIFY(pair.server->setScenario({{u"dualfactor_auth_server_status"_s, QJsonObject{{u"auth_by_sms"_s, true}}}}));
+    QVERIFY2(pair.signIn(demoPassword), "a code is wanted too");
+    QBError error;
+    pair.client->networking.sendAuthVCode(u"demo"_s, demoPassword, {}, true, false, &error);
+    QVERIFY2(!error, qPrintable(error.localizedDescription()));
+    QCOMPARE(pair.server->sentCodes().size(), 1);
 }
 
 void TestAgainstServer::probesTheServer()

@@ -146,6 +146,18 @@ def terminated(stage):
     wait_for("everything of the application to end", lambda: not stage.profile.processes(), 5)
 
 
+def quit_while_server_is_slow(stage):
+    """Quitting does not wait for the reply of a server that takes five seconds for it."""
+    server = stage.start_server("--delay", "5000")
+    stage.store_server(server.https_port)
+    manager = stage.launch()
+    wait_for("the manager to ask the server", lambda: stage.has_connection(server.https_port), 10,
+             while_true=(manager.runs, "the manager ended"))
+    manager.process.send_signal(signal.SIGTERM)
+    code = manager.wait_for_end(2)
+    expect(code == 0, f"ended with status {code}")
+
+
 def languages(stage):
     """The windows speak the user's language."""
     stage.store_server(stage.server.https_port)
@@ -161,4 +173,4 @@ def languages(stage):
 
 ALL = {case.__name__: case for case in (
     road_http, road_https, secrets_stay_private, wrong_password, return_key_signs_in, companion_killed, companion_missing,
-    manager_killed, second_launch, server_down_at_start, terminated, languages)}
+    manager_killed, second_launch, server_down_at_start, terminated, quit_while_server_is_slow, languages)}

@@ -41,13 +41,26 @@ class Stage:
     def __init__(self, folder, build, desktop):
         from drive.accessible import AccessibilityBus
         from drive.manager import Profile
+
+        self.folder, self.build = folder, build
+        self.desktop, self.bus = desktop, AccessibilityBus()
+        self.profile = Profile(os.path.join(folder, "profile"), str(build / "Quillbox.app"))
+        self.server = self.start_server()
+        self.profile.use_certificate(self.server.certificate)
+
+    def start_server(self, *options):
         from drive.server import Server
 
-        self.desktop, self.bus = desktop, AccessibilityBus()
-        self.server = Server(str(build / "bin/quillbox-server"), os.path.join(folder, "server"))
-        self.profile = Profile(os.path.join(folder, "profile"), str(build / "Quillbox.app"))
-        self.server.wait_until_ready()
-        self.profile.use_certificate(self.server.certificate)
+        server = Server(str(self.build / "bin/quillbox-server"), tempfile.mkdtemp(dir=self.folder), options)
+        server.wait_until_ready()
+        return server
+
+    @staticmethod
+    def has_connection(port):
+        """Is a connection to this port of the loopback interface established?"""
+        peer, established = f":{int(port):04X}", "01"
+        with open("/proc/net/tcp", encoding="ascii") as table:
+            return any(fields[2].endswith(peer) and fields[3] == established for fields in map(str.split, table))
 
     def store_server(self, port):
         """Settings of a user who chose the server earlier."""

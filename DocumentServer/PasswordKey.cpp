@@ -24,11 +24,10 @@ std::optional<QByteArray> PasswordKey::decrypt(const QString &base64) const
     const KeyContextPointer context(EVP_PKEY_CTX_new(identity.key.get(), nullptr));
     QByteArray plain(cipher.size(), '\0');
     size_t length = static_cast<size_t>(plain.size());
-    const bool done =
-        context && EVP_PKEY_decrypt_init(context.get()) > 0 &&
-        EVP_PKEY_CTX_set_rsa_padding(context.get(), RSA_PKCS1_PADDING) > 0 &&
-        EVP_PKEY_decrypt(context.get(), reinterpret_cast<unsigned char *>(plain.data()), &length,
-                         reinterpret_cast<const unsigned char *>(cipher.constData()), cipher.size()) > 0;
+    const bool done = context && EVP_PKEY_decrypt_init(context.get()) > 0 &&
+                      EVP_PKEY_CTX_set_rsa_padding(context.get(), RSA_PKCS1_PADDING) > 0 &&
+                      EVP_PKEY_decrypt(context.get(), reinterpret_cast<unsigned char *>(plain.data()), &length,
+                                       reinterpret_cast<const unsigned char *>(cipher.constData()), cipher.size()) > 0;
     ERR_clear_error();
     if (!done)
         return std::nullopt;

@@ -89,6 +89,8 @@ void SignIn::requireOneTimePassword(const Call &call, const Account &account, co
         throw ApiError{NothingBound, {}, {}, {}};
     const QString flag = u"lastonetimestep"_s;
     const QString code = optionalText(given, "OTP", longestCode).trimmed();
+    if (code.isEmpty()) // not a guess
+        throw ApiError{WrongOneTimePassword, {}, {}, {}};
     const auto step = matchingStep(*secret, code, services.now(), services.flags.value(account.userid(), flag));
     if (!step)
         services.credentials.refuse(account.name(), WrongOneTimePassword, *call.scenario);

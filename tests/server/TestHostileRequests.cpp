@@ -14,7 +14,7 @@ using namespace Qt::StringLiterals;
 
 namespace
 {
-/// Sends bytes as they are and returns everything that comes back until the server hangs up or falls silent.
+/// Sends bytes as they are and returns what comes back up to the end of a JSON object or of the connection.
 QByteArray exchange(int port, const QByteArray &bytes, bool hangUp)
 {
     QTcpSocket socket;
@@ -24,11 +24,14 @@ QByteArray exchange(int port, const QByteArray &bytes, bool hangUp)
     socket.write(bytes);
     while (socket.bytesToWrite() > 0 && socket.waitForBytesWritten(5000)) {
     }
-    if (hangUp)
+    if (hangUp) {
         socket.disconnectFromHost();
-    else
-        socket.waitForReadyRead(5000);
-    return socket.readAll();
+        return {};
+    }
+    QByteArray reply;
+    while (!reply.endsWith('}') && socket.waitForReadyRead(5000))
+        reply += socket.readAll();
+    return reply;
 }
 } // namespace
 

@@ -167,7 +167,8 @@ private Q_SLOTS:
     void oneTimePasswords()
     {
         ServerFixture fixture(factor(u"auth_by_OTP"_s));
-        QCOMPARE(fixture.signIn(demoName(), demoPassword()).code(), 401056);
+        for (int i = 0; i < 6; ++i) // nothing given is no guess
+            QCOMPARE(fixture.signIn(demoName(), demoPassword()).code(), 401056);
         const QString code = currentOneTimePassword(fixture);
         QCOMPARE(signInWithOneTimePassword(fixture, code).status, 200);
         QCOMPARE(signInWithOneTimePassword(fixture, code).code(), 401056);

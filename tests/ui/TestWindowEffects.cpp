@@ -78,10 +78,10 @@ void TestWindowEffects::shakeReturnsToTheStart()
     QTRY_VERIFY(!WindowShake::isShaking(&window));
     QCOMPARE(window.pos(), start);
     QVERIFY(!window.graphicsEffect());
-    QVERIFY(*std::min_element(window.places.begin(), window.places.end()) < 195);
-    QVERIFY(*std::max_element(window.places.begin(), window.places.end()) > 205);
-    for (const int place : window.places)
-        QVERIFY(place >= 188 && place <= 212);
+    // A host may count a border of a few points in or out.
+    const auto [left, right] = std::minmax_element(window.places.begin(), window.places.end());
+    QVERIFY(*left < start.x() - 4 && *left >= start.x() - 12 - 4);
+    QVERIFY(*right > start.x() + 4 && *right <= start.x() + 12 + 4);
 }
 
 void TestWindowEffects::shakeTwiceReturnsToTheFirstStart()

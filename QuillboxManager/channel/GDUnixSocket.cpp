@@ -57,13 +57,13 @@ bool GDUnixSocket::isSocketPath(const QString &path)
 
 int GDUnixSocket::fd() const
 {
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard lock(mutex);
     return current ? current->number() : -1;
 }
 
 QString GDUnixSocket::uniqueID() const
 {
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard lock(mutex);
     if (identifier.isNull())
         identifier = QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper();
     return identifier;
@@ -71,7 +71,7 @@ QString GDUnixSocket::uniqueID() const
 
 GDUnixSocket::State GDUnixSocket::state() const
 {
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard lock(mutex);
     return currentState;
 }
 
@@ -136,7 +136,7 @@ QString GDUnixSocket::lastErrorInfoForSocket(int socket)
 GDUnixSocket::Descriptor GDUnixSocket::adopt(platform::FileDescriptor opened)
 {
     const auto adopted = std::make_shared<SocketDescriptor>(std::move(opened));
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard lock(mutex);
     if (current)
         current->close();
     current = adopted;
@@ -146,13 +146,13 @@ GDUnixSocket::Descriptor GDUnixSocket::adopt(platform::FileDescriptor opened)
 
 GDUnixSocket::Descriptor GDUnixSocket::descriptor() const
 {
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard lock(mutex);
     return current;
 }
 
 bool GDUnixSocket::setState(const Descriptor &of, State state)
 {
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard lock(mutex);
     if (current != of)
         return false;
     currentState = state;
@@ -161,7 +161,7 @@ bool GDUnixSocket::setState(const Descriptor &of, State state)
 
 bool GDUnixSocket::closeDescriptor(QBError *error)
 {
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard lock(mutex);
     handOver(error, {});
     if (currentState == State::Closed)
         return true;
@@ -180,7 +180,7 @@ bool GDUnixSocket::closeDescriptor(QBError *error)
 
 void GDUnixSocket::closeIfCurrent(const Descriptor &expected)
 {
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard lock(mutex);
     if (!expected || current != expected)
         return;
     current->close();

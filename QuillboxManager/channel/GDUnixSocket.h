@@ -5,11 +5,11 @@
 #include "platform/FileDescriptor.h"
 
 #include <QByteArray>
-#include <QMutex>
 #include <QString>
 
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <optional>
 
 class WriteQueue;
@@ -95,7 +95,7 @@ private:
     const QString path;
     const std::size_t fragment;
     const std::shared_ptr<WriteQueue> writes;
-    mutable QMutex mutex;
+    mutable std::mutex mutex;
     mutable QString identifier;
     Descriptor current;
     State currentState = State::NotConnected;

@@ -24,13 +24,13 @@ std::shared_ptr<GDUnixSocketClient> GDUnixSocketClient::initWithSocketPath(const
 
 void GDUnixSocketClient::setDelegate(const std::weak_ptr<GDUnixSocketClientDelegate> &delegate)
 {
-    const QMutexLocker lock(&delegateMutex);
+    const std::lock_guard lock(delegateMutex);
     weakDelegate = delegate;
 }
 
 std::shared_ptr<GDUnixSocketClientDelegate> GDUnixSocketClient::delegate() const
 {
-    const QMutexLocker lock(&delegateMutex);
+    const std::lock_guard lock(delegateMutex);
     return weakDelegate.lock();
 }
 

@@ -2,6 +2,8 @@
 
 #include "channel/GDUnixSocket.h"
 
+#include <mutex>
+
 class GDUnixSocketClient;
 
 /// What a client tells. Every operation is optional and arrives on the thread that reads.
@@ -40,6 +42,6 @@ protected:
 private:
     std::shared_ptr<GDUnixSocketClientDelegate> delegate() const;
 
-    mutable QMutex delegateMutex;
+    mutable std::mutex delegateMutex;
     std::weak_ptr<GDUnixSocketClientDelegate> weakDelegate;
 };

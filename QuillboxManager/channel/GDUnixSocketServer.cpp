@@ -63,13 +63,13 @@ GDUnixSocketServer::~GDUnixSocketServer()
 
 void GDUnixSocketServer::setDelegate(const std::weak_ptr<GDUnixSocketServerDelegate> &delegate)
 {
-    const QMutexLocker lock(&delegateMutex);
+    const std::lock_guard lock(delegateMutex);
     weakDelegate = delegate;
 }
 
 std::shared_ptr<GDUnixSocketServerDelegate> GDUnixSocketServer::delegate() const
 {
-    const QMutexLocker lock(&delegateMutex);
+    const std::lock_guard lock(delegateMutex);
     return weakDelegate.lock();
 }
 
@@ -161,7 +161,7 @@ void GDUnixSocketServer::welcome(platform::FileDescriptor accepted)
 void GDUnixSocketServer::failToAccept(const Descriptor &listening, int errorNumber)
 {
     {
-        const QMutexLocker lock(&closeLock);
+        const std::lock_guard lock(closeLock);
         if (descriptor() != listening)
             return;
         if (const auto listener = delegate())
@@ -240,7 +240,7 @@ void GDUnixSocketServer::writeData(const QByteArray &, WriteCompletion completio
 bool GDUnixSocketServer::closeWithError(QBError *error, bool informDelegate)
 {
     handOver(error, {});
-    const QMutexLocker lock(&closeLock);
+    const std::lock_guard lock(closeLock);
     if (tellingOfClose)
         return state() == State::Closed;
     if (state() == State::Closed || fd() == -1)
@@ -264,7 +264,7 @@ bool GDUnixSocketServer::addClient(const std::shared_ptr<GDUnixSocket> &client)
 {
     if (!client)
         throw std::invalid_argument("Cannot add empty client");
-    const QMutexLocker lock(&clientsLock);
+    const std::lock_guard lock(clientsLock);
     if (turningAway || connectedClients.size() >= maximumClients)
         return false;
     connectedClients.insert(client->uniqueID(), client);
@@ -278,13 +278,13 @@ bool GDUnixSocketServer::clientExists(const std::shared_ptr<GDUnixSocket> &clien
 
 bool GDUnixSocketServer::clientIDExists(const QString &clientID) const
 {
-    const QMutexLocker lock(&clientsLock);
+    const std::lock_guard lock(clientsLock);
     return connectedClients.contains(clientID);
 }
 
 std::shared_ptr<GDUnixSocket> GDUnixSocketServer::clientWithID(const QString &clientID) const
 {
-    const QMutexLocker lock(&clientsLock);
+    const std::lock_guard lock(clientsLock);
     return connectedClients.value(clientID);
 }
 
@@ -293,7 +293,7 @@ void GDUnixSocketServer::removeAndCloseClient(const std::shared_ptr<GDUnixSocket
     if (!client)
         return;
     {
-        const QMutexLocker lock(&clientsLock);
+        const std::lock_guard lock(clientsLock);
         connectedClients.remove(client->uniqueID());
     }
     client->close();
@@ -301,7 +301,7 @@ void GDUnixSocketServer::removeAndCloseClient(const std::shared_ptr<GDUnixSocket
 
 void GDUnixSocketServer::removeAllClients()
 {
-    const QMutexLocker lock(&clientsLock);
+    const std::lock_guard lock(clientsLock);
     for (const auto &client : std::as_const(connectedClients))
         client->close();
     connectedClients.clear();
@@ -309,7 +309,7 @@ void GDUnixSocketServer::removeAllClients()
 
 void GDUnixSocketServer::turnAwayClients(bool turnAway)
 {
-    const QMutexLocker lock(&clientsLock);
+    const std::lock_guard lock(clientsLock);
     turningAway = turnAway;
 }
 

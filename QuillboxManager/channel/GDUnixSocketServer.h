@@ -3,8 +3,8 @@
 #include "channel/GDUnixSocket.h"
 
 #include <QHash>
-#include <QRecursiveMutex>
 
+#include <mutex>
 #include <sys/types.h>
 
 class GDUnixSocketServer;
@@ -85,11 +85,11 @@ private:
     std::shared_ptr<GDUnixSocket> clientWithID(const QString &clientID) const;
 
     const uid_t servedUser;
-    QRecursiveMutex closeLock;   ///< recursive: a delegate may close the server when told that it closes
-    bool tellingOfClose = false; ///< under closeLock: a delegate that closes again does not start another round
-    mutable QMutex clientsLock;
+    std::recursive_mutex closeLock; ///< recursive: a delegate may close the server when told that it closes
+    bool tellingOfClose = false;    ///< under closeLock: a delegate that closes again does not start another round
+    mutable std::mutex clientsLock;
     QHash<QString, std::shared_ptr<GDUnixSocket>> connectedClients;
     bool turningAway = false;
-    mutable QMutex delegateMutex;
+    mutable std::mutex delegateMutex;
     std::weak_ptr<GDUnixSocketServerDelegate> weakDelegate;
 };

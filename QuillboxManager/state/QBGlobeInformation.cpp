@@ -36,31 +36,31 @@ QBGlobeInformation::QBGlobeInformation(const QString &path, bool isReadonly) : f
 
 QBGlobeServer QBGlobeInformation::server() const
 {
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard lock(mutex);
     return serverRecord;
 }
 
 QBGlobeAccount QBGlobeInformation::account() const
 {
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard lock(mutex);
     return accountRecord;
 }
 
 void QBGlobeInformation::setServer(const QBGlobeServer &server)
 {
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard lock(mutex);
     serverRecord = server;
 }
 
 void QBGlobeInformation::setAccount(const QBGlobeAccount &account)
 {
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard lock(mutex);
     accountRecord = account;
 }
 
 void QBGlobeInformation::clearToken()
 {
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard lock(mutex);
     accountRecord.tokenID = QStringLiteral("");
 }
 
@@ -69,7 +69,7 @@ void QBGlobeInformation::refresh()
     const auto dictionary = platform::PropertyList::readDictionary(filePath);
     if (!dictionary)
         return;
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard lock(mutex);
     serverRecord = QBGlobeServer::globeServerWithDic(dictionary->value(serverKey).toMap());
     accountRecord = QBGlobeAccount::globeAccountWithDic(dictionary->value(accountKey).toMap());
 }
@@ -80,7 +80,7 @@ bool QBGlobeInformation::update()
         platform::log(QStringLiteral("WARRING: +sharedGlobeInformation is readonly!"));
         return false;
     }
-    const QMutexLocker lock(&fileMutex);
+    const std::lock_guard lock(fileMutex);
     const bool written = !filePath.isNull() && platform::PropertyList::write(filePath, descriptor());
     if (!written)
         platform::log(QStringLiteral("ERROR: QBGlobeInformation update - could not write ") + filePath);
@@ -89,13 +89,13 @@ bool QBGlobeInformation::update()
 
 QVariantMap QBGlobeInformation::descriptor() const
 {
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard lock(mutex);
     return {{serverKey, serverRecord.descriptor()}, {accountKey, accountRecord.descriptor()}};
 }
 
 bool QBGlobeInformation::isLogin() const
 {
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard lock(mutex);
     return !accountRecord.name.isEmpty() && !accountRecord.userID.isEmpty() && !accountRecord.tokenID.isEmpty() &&
            !serverRecord.address.isEmpty() && !serverRecord.authPort.isEmpty();
 }

@@ -3,9 +3,10 @@
 #include "state/QBGlobeAccount.h"
 #include "state/QBGlobeServer.h"
 
-#include <QMutex>
 #include <QString>
 #include <QVariantMap>
+
+#include <mutex>
 
 /// The process-wide record of server and account and its file "quillbox.globe". Any thread; readers get copies. There
 /// is no automatic save: a writer changes the records and calls `update`.
@@ -44,8 +45,8 @@ public:
 private:
     const QString filePath;
     const bool readonly;
-    mutable QMutex mutex;
-    QMutex fileMutex; ///< the file ends up with the records of the last `update`, whoever was faster
+    mutable std::mutex mutex;
+    std::mutex fileMutex; ///< the file ends up with the records of the last `update`, whoever was faster
     QBGlobeServer serverRecord;
     QBGlobeAccount accountRecord;
 };

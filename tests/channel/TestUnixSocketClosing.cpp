@@ -163,7 +163,8 @@ void TestUnixSocketClosing::acceptFails()
         QVERIFY(SystemSocket::connect(caller.get(), *address));
         QVERIFY(end.recorder->waitForEvent(QStringLiteral("closed 0")));
     }
-    const QStringList events = end.recorder->events();
+    QStringList events = end.recorder->events();
+    events.removeAll(QStringLiteral("accepted")); // a call that waits already may have its descriptor reserved
     QCOMPARE(events.size(), 3);
     QVERIFY2(events.at(1).startsWith(QStringLiteral("Failed to accept connection, closing socket. fd: ")),
              qPrintable(events.at(1)));

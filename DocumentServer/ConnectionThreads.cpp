@@ -1,5 +1,7 @@
 #include "ConnectionThreads.h"
 
+#include <system_error>
+
 namespace documentserver
 {
 
@@ -8,8 +10,19 @@ void ConnectionThreads::enqueue(std::function<void()> job)
     const std::lock_guard lock(mutex);
     jobs.push_back(std::move(job));
     if (jobs.size() > idle && threads.size() < mostThreads)
-        threads.emplace_back([this] { work(); });
+        addThread();
     wake.notify_one();
+}
+
+/// Where the system has no more threads to give, the threads that there are take all connections in turn.
+void ConnectionThreads::addThread()
+{
+    try {
+        threads.emplace_back([this] { work(); });
+    } catch (const std::system_error &) {
+        if (threads.empty())
+            throw;
+    }
 }
 
 void ConnectionThreads::shutdown()

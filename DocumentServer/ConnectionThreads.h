@@ -23,6 +23,7 @@ public:
     void shutdown() override;
 
 private:
+    void addThread();
     void work();
 
     const size_t mostThreads;

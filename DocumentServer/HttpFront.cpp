@@ -148,9 +148,12 @@ bool HttpFront::listen(const QString &host, int port, QString *error)
         *error = u"cannot listen on %1 port %2: it is in use or not allowed"_s.arg(host).arg(port);
         return false;
     }
-    listener = std::thread([this] { server->listen_after_bind(); });
+    listener = std::thread([this] {
+        server->listen_after_bind();
+        ended = true;
+    });
     // Before it runs, a request to stop would be lost.
-    while (!server->is_running())
+    while (!server->is_running() && !ended)
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     return true;
 }
@@ -160,7 +163,11 @@ void HttpFront::stop()
     if (!listener.joinable())
         return;
     server->stop();
-    cutConnections(boundPort);
+    // Again and again, for a connection that was just being accepted may come to life after the first cut.
+    while (!ended) {
+        cutConnections(boundPort);
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
     listener.join();
     boundPort = -1;
 }

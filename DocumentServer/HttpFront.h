@@ -3,6 +3,7 @@
 #include "Certificates.h"
 #include "Router.h"
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <thread>
@@ -50,6 +51,7 @@ private:
     FileFinder finder;
     std::unique_ptr<httplib::Server> server;
     std::thread listener;
+    std::atomic<bool> ended = false; ///< the listener, with all of its connections
     int boundPort = -1;
 };
 

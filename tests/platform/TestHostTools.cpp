@@ -17,6 +17,7 @@ using namespace platform;
 namespace
 {
 
+/// Some machines offer the device to root alone.
 bool fileSystemsInUserSpaceWork()
 {
     return ::access("/dev/fuse", R_OK | W_OK) == 0;
@@ -290,7 +291,7 @@ void TestHostTools::checksTheDriver()
     const QByteArray both("com.github.osxfuse.pkg.Core\ncom.github.osxfuse.pkg.PrefPane\n");
     const TaskResult result = runTask(QStringLiteral("/bin/sh"), command);
     QCOMPARE(result.status, 0);
-    QCOMPARE(result.output, fileSystemsInUserSpaceWork() ? both : QByteArray());
+    QCOMPARE(result.output, QFile::exists(QStringLiteral("/dev/fuse")) ? both : QByteArray());
     const QByteArray path = qgetenv("PATH");
     qputenv("PATH", "/nowhere"); // without the mount helper
     const TaskResult without = runTask(QStringLiteral("/bin/sh"), command);

@@ -131,9 +131,7 @@ void TestLinuxHost::readsMountTable()
 void TestLinuxHost::seesRealMounts()
 {
     const LinuxScripts scripts{QString()};
-    const QStringList mounted = LinuxVolumes(scripts).mountedPaths();
-    QVERIFY(mounted.contains(QStringLiteral("/")));
-    QVERIFY(mounted.contains(QStringLiteral("/proc")));
+    QVERIFY(LinuxVolumes(scripts).mountedPaths().contains(QStringLiteral("/proc")));
 }
 
 void TestLinuxHost::detachesWithTheTool()

@@ -1,0 +1,71 @@
+#pragma once
+
+#include "api/HttpTransport.h"
+#include "api/QBNetworking.h"
+#include "platform/Bundle.h"
+#include "platform/NotificationCenter.h"
+#include "platform/UserDefaults.h"
+#include "shell/AlertPresenter.h"
+#include "state/QBGlobeInformation.h"
+#include "support/FakeHost.h"
+
+#include <QStringList>
+#include <QTemporaryDir>
+
+#include <atomic>
+#include <functional>
+
+namespace testing
+{
+
+/// Answers alerts instead of a user: records their texts and buttons, and chooses the next code of `codes` (the last
+/// button when there is none), later, as a user would.
+struct AlertAnswers {
+    QStringList texts;
+    QList<QStringList> buttons;
+    QList<int> codes;
+
+    shell::AlertPresenter presenter();
+};
+
+/// A bundle of its own to start the shell from, with as much in it as the test puts there.
+class TestBundle
+{
+public:
+    explicit TestBundle(const QString &folder);
+
+    platform::Bundle bundle() const { return platform::Bundle(root); }
+    QString resource(const QString &name) const { return root + QStringLiteral("/Contents/Resources/") + name; }
+    void addResource(const QString &name, const QByteArray &content) const;
+    /// A shell script in place of the companion.
+    void addService(const QByteArray &script) const;
+    /// The check that finds the driver in order.
+    void addReadyDriver() const;
+
+private:
+    const QString root;
+};
+
+/// A whole client on a folder of its own and a host of doubles.
+struct ShellFixture {
+    ShellFixture();
+    ~ShellFixture();
+
+    QTemporaryDir folder;
+    FakeHost host;
+    TestBundle files;
+    QBGlobeInformation globe;
+    HttpTransport transport;
+    QString certificate; ///< of the server that passwords are encrypted for
+    platform::UserDefaults defaults;
+    QBNetworking networking;
+    platform::NotificationCenter center;
+    AlertAnswers alerts;
+
+    ClientServices services();
+    void storeServer(int port);
+    void signIn(int port);
+    QString volume() const { return host.folders.volumes() + QStringLiteral("/Quillbox"); }
+};
+
+} // namespace testing

@@ -5,6 +5,7 @@
 
 #include <QUrl>
 
+#include <algorithm>
 #include <array>
 #include <condition_variable>
 #include <mutex>
@@ -73,6 +74,7 @@ public:
     struct Idle {
         Exchange exchange;
         Clock::time_point since;
+        std::thread::id user; ///< who used it last
     };
 
     /// Null once the transport is shut down.
@@ -90,7 +92,7 @@ public:
     std::condition_variable wakeReaper;
     std::condition_variable allReturned;
     bool reaperRests = false; ///< it waits for the first idle handle, without a date
-    std::vector<Idle> idle;   ///< the longest idle first; taken from the end, so that few connections stay warm
+    std::vector<Idle> idle;   ///< the longest idle first; taken from the end, so that few stay warm
     std::set<CurlExchange *> busy;
     std::thread reaper; ///< started with the first idle handle; sleeps until one is due
 };
@@ -106,8 +108,12 @@ HttpTransport::Private::Exchange HttpTransport::Private::take()
         if (!exchange->isUsable())
             return nullptr;
     } else {
-        exchange = std::move(idle.back().exchange);
-        idle.pop_back();
+        // A thread's own connection first: client and server side stay on one processor then.
+        const auto isOwn = [](const Idle &candidate) { return candidate.user == std::this_thread::get_id(); };
+        const auto own = std::find_if(idle.rbegin(), idle.rend(), isOwn);
+        const auto chosen = own == idle.rend() ? std::prev(idle.end()) : std::prev(own.base());
+        exchange = std::move(chosen->exchange);
+        idle.erase(chosen);
     }
     busy.insert(exchange.get());
     return exchange;
@@ -123,7 +129,7 @@ void HttpTransport::Private::giveBack(Exchange exchange)
             allReturned.notify_all();
         return;
     }
-    idle.push_back({std::move(exchange), Clock::now()});
+    idle.push_back({std::move(exchange), Clock::now(), std::this_thread::get_id()});
     if (!reaper.joinable())
         reaper = std::thread([this] { reap(); });
     if (reaperRests)

@@ -11,7 +11,7 @@ from gi.repository import Gio, GLib  # noqa: E402
 ACCESSIBLE = "org.a11y.atspi.Accessible"
 ROOT = "/org/a11y/atspi/accessible/root"
 TIMEOUT = 2000  # milliseconds
-STATE_ENABLED, STATE_FOCUSED, STATE_CHECKED, STATE_SENSITIVE, STATE_SHOWING = 8, 12, 4, 24, 25
+STATE_ENABLED, STATE_FOCUSED, STATE_SENSITIVE, STATE_SHOWING = 8, 12, 24, 25
 
 
 class AccessibilityBus:
@@ -84,6 +84,9 @@ class Accessible:
 
     def is_enabled(self):
         return self.has_state(STATE_ENABLED) and self.has_state(STATE_SENSITIVE)
+
+    def has_focus(self):
+        return self.has_state(STATE_FOCUSED)
 
     def find(self, object_name):
         """The first shown control of this name at or below this object."""

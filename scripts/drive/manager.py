@@ -137,7 +137,7 @@ class Manager:
         if windows:
             self.desktop.focus(windows[-1])
         field.focus()
-        wait_for(f"the keyboard focus in {object_name}", lambda: field.has_state(12) or field.focus(), 5)
+        wait_for(f"the keyboard focus in {object_name}", field.has_focus, 5)
         self.desktop.type_text(text)
         wait_for(f"the typed text in {object_name}", lambda: field.text_length() == len(text), 5)
 

@@ -140,8 +140,9 @@ def run_with_screen(options, milestones):
 def main():
     options = parse(sys.argv[1:])
     os.makedirs(options.out, exist_ok=True)
+    signal.signal(signal.SIGINT, signal.default_int_handler)  # also when started in the background
     for number in (signal.SIGTERM, signal.SIGHUP):
-        signal.signal(number, lambda *_: sys.exit(128 + number))
+        signal.signal(number, lambda caught, _: sys.exit(128 + caught))
     processes.adopt_orphans()
     milestones = Milestones()
     try:

@@ -69,7 +69,6 @@ AppDelegate::~AppDelegate()
 
 void AppDelegate::applicationDidFinishLaunching()
 {
-    registerAppleEvent();
     platform::inBackground(
         this,
         [&host = context.host, bundle = context.bundle] {
@@ -80,6 +79,7 @@ void AppDelegate::applicationDidFinishLaunching()
             shell::FirstRunRegistration(host.scripts, bundle, Branding(branding)).registerOnce();
         },
         [this] { prepareFonts(); });
+    registerAppleEvent(); // meets the session bus while the background works
 }
 
 void AppDelegate::prepareFonts()

@@ -69,13 +69,23 @@ FontSetup::FontSetup(Places where, FontNames names, std::chrono::milliseconds in
 void FontSetup::prepare(std::function<void()> done)
 {
     platform::inBackground(
-        this, [where = places] { return installFonts(where); },
+        this, [where = places, names = fontNames] { return mustWaitForFont(where, names); },
         [this, done = std::move(done)](bool mustWait) mutable {
             if (mustWait)
                 beginInstallFontCheckTimer(std::move(done));
             else
                 done();
         });
+}
+
+bool FontSetup::mustWaitForFont(const Places &places, const FontNames &fontNames)
+{
+    const bool nothingToInstall = !QFile::exists(places.installed) && !QFile::exists(places.bundled);
+    if (!nothingToInstall || !containsFont(fontNames()))
+        return installFonts(places);
+    // The system has the family: the script has nothing to copy, and the first window need not wait for it.
+    platform::dispatchGlobal([places] { installFonts(places); });
+    return false;
 }
 
 bool FontSetup::installFonts(const Places &places)

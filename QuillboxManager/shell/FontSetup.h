@@ -46,6 +46,7 @@ public:
     void beginInstallFontCheckTimer(std::function<void()> continuation);
 
 private:
+    static bool mustWaitForFont(const Places &places, const FontNames &fontNames);
     void poll();
 
     const Places places;

@@ -4,6 +4,7 @@
 #include "ui/Application.h"
 #include "ui/QBSecondaryButton.h"
 #include "ui/StyleKit.h"
+#include "ui/WindowPlace.h"
 
 #include <QAction>
 #include <QKeyEvent>
@@ -22,7 +23,6 @@ MenuWindow::MenuWindow(QMenu &statusMenu, QWidget *parent) : QWidget(parent), me
 {
     setObjectName(QStringLiteral("menuWindow"));
     setWindowTitle(ShellStrings::toolTip());
-    setMinimumWidth(MinimumWidth);
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(2 * StyleKit::Grid, 2 * StyleKit::Grid, 2 * StyleKit::Grid, 2 * StyleKit::Grid);
     StyleKit::dressWindow(this);
@@ -32,6 +32,8 @@ void MenuWindow::present()
 {
     fill();
     adjustSize();
+    if (!isVisible())
+        WindowPlace::centerOnScreen(*this);
     show();
     Application::activate(this);
 }
@@ -40,6 +42,7 @@ void MenuWindow::fill()
 {
     delete buttons;
     buttons = new QWidget(this);
+    buttons->setMinimumWidth(MinimumWidth);
     auto *column = new QVBoxLayout(buttons);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(StyleKit::Grid);

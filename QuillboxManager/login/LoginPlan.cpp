@@ -62,3 +62,9 @@ LoginPlan LoginPlan::of(const QJsonObject &dicAuthInfo)
         readThirdAuth(plan, dicAuthInfo);
     return plan;
 }
+
+bool LoginPlan::hidesLogin(const QVariantMap &thirdPartyDic)
+{
+    const QJsonObject thirdauth = object(QJsonObject::fromVariantMap(thirdPartyDic), key("thirdauth"));
+    return JsonValues::integer(object(thirdauth, key("config")), key("hideLogin")) == 1;
+}

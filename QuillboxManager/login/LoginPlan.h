@@ -2,6 +2,7 @@
 
 #include <QJsonObject>
 #include <QString>
+#include <QVariantMap>
 
 #include <optional>
 
@@ -10,6 +11,8 @@ struct LoginPlan {
     enum class Face { Normal, ThirdLogin };
 
     static LoginPlan of(const QJsonObject &dicAuthInfo);
+    /// A remembered single-sign-on configuration ("ThirdPartyDic") leaves the user no password face to come back to.
+    static bool hidesLogin(const QVariantMap &thirdPartyDic);
 
     Face face = Face::Normal;
 

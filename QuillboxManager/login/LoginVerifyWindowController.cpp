@@ -1,6 +1,7 @@
 #include "login/LoginVerifyWindowController.h"
 
 #include "login/ChangePasswordAlert.h"
+#include "login/FocusBorder.h"
 #include "login/JsonValues.h"
 #include "login/MessageLine.h"
 #include "login/QBChangePasswordController.h"
@@ -77,6 +78,8 @@ void LoginVerifyWindowController::setUpControls()
     form->verifyButton->applyBranding(branding);
     form->getVCodeButton->applyBranding(branding);
     form->getVCodeButtonBox->setFrameShape(QFrame::NoFrame);
+    form->verificationCodeTextField->applyBranding(branding);
+    FocusBorder::follow(form->verificationCodeTextField, form->vCodeBox);
     connect(form->verifyButton, &QAbstractButton::clicked, this, [this] { verifyVcode(); });
     connect(form->getVCodeButton, &QAbstractButton::clicked, this, [this] { getVcode(); });
     connect(form->verificationCodeTextField, &QLineEdit::textEdited, this, [this] { controlTextDidChange(); });

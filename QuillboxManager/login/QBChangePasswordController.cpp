@@ -2,6 +2,7 @@
 
 #include "files/QBPathIndicator.h"
 #include "login/ChangePasswordRules.h"
+#include "login/FocusBorder.h"
 #include "login/JsonValues.h"
 #include "login/MessageLine.h"
 #include "login/ReturnKeyFilter.h"
@@ -68,7 +69,10 @@ QWidget *QBChangePasswordController::loadWindow()
     column->setContentsMargins(32, 24, 32, 24);
     column->setSpacing(4);
 
-    auto *account = makeLabel(myWindow, localizedString(QStringLiteral("账号：")) + networking.notLoginAccountName());
+    QString accountText = localizedString(QStringLiteral("账号："));
+    if (accountText.endsWith(QLatin1Char(':')))
+        accountText += QLatin1Char(' '); // a full-width colon brings its own space
+    auto *account = makeLabel(myWindow, accountText + networking.notLoginAccountName());
     account->setFixedWidth(ColumnWidth);
     account->setWordWrap(true);
     column->addWidget(account);
@@ -140,10 +144,7 @@ void QBChangePasswordController::windowDidLoad()
     auto *returnKey = new ReturnKeyFilter([this](QObject *field) { return performReturn(field); }, this);
     for (QBSecureTextField *field : {oldPassword, theNewpassword, comfirmPassword}) {
         returnKey->watch(field);
-        auto *box = static_cast<QBBox *>(field->parentWidget());
-        connect(qApp, &QApplication::focusChanged, box, [field, box](QWidget *, QWidget *now) {
-            box->setBorderColor(now == field ? field->activeColor() : field->inactiveColor());
-        });
+        FocusBorder::follow(field, static_cast<QBBox *>(field->parentWidget()));
     }
     oldPassword->setFocus(Qt::OtherFocusReason);
     showPasswordRegulation();

@@ -1,7 +1,7 @@
 #include "login/ServerSettingWindowController.h"
 
 #include "api/QBApiManager.h"
-#include "login/JsonValues.h"
+#include "login/LoginPlan.h"
 #include "login/MessageLine.h"
 #include "login/PortValidator.h"
 #include "login/ReturnKeyFilter.h"
@@ -32,14 +32,6 @@ constexpr int PortTag = 2;
 QString ownText(const char *key)
 {
     return localizedString(QLatin1String(key), QStringLiteral("ServerSettingWindowController"));
-}
-
-/// The last single-sign-on configuration leaves the user no password face to come back to.
-bool hidesLogin(const QVariantMap &thirdPartyDic)
-{
-    const QVariantMap thirdauth = thirdPartyDic.value(QStringLiteral("thirdauth")).toMap();
-    const QVariantMap config = thirdauth.value(QStringLiteral("config")).toMap();
-    return JsonValues::integer(QJsonObject::fromVariantMap(config), QStringLiteral("hideLogin")) == 1;
 }
 } // namespace
 
@@ -371,7 +363,7 @@ void ServerSettingWindowController::finishClosing(bool answered)
     endWork();
     hideMessage();
     const QPointer<ServerSettingWindowController> guard(this);
-    if (!answered || hidesLogin(defaults.dictionary(PersistentKeys::thirdPartyDic())))
+    if (!answered || LoginPlan::hidesLogin(defaults.dictionary(PersistentKeys::thirdPartyDic())))
         Application::terminate();
     else
         center.post(NotificationNames::wantLoginWindow());

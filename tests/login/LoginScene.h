@@ -68,6 +68,11 @@ struct LoginScene : ThirdLoginOpener {
     {
         QTest::mouseClick(find<QAbstractButton>(window, name), Qt::LeftButton);
     }
+    static void pressTwice(QWidget *window, const char *name)
+    {
+        press(window, name);
+        press(window, name);
+    }
     static QString message(QWidget *window, const char *name) { return find<QLabel>(window, name)->text(); }
 
     /// The alert on show, null when there is none.

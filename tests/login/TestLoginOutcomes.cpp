@@ -263,7 +263,7 @@ void TestLoginOutcomes::submittedOnce()
 {
     Attempt attempt;
     attempt.server.expect(signInCall, ScriptedAnswer::json(refusal(401003)));
-    QTest::mouseDClick(Attempt::find(attempt.window(), "btnLogin"), Qt::LeftButton);
+    Attempt::pressTwice(attempt.window(), "btnLogin");
     attempt.controller->loginBtn();
     QTest::keyClick(Attempt::find(attempt.window(), "txtPassword"), Qt::Key_Return);
     QTest::keyClicks(Attempt::find(attempt.window(), "txtPassword"), u"x"_s);

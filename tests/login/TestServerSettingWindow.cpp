@@ -226,7 +226,7 @@ void TestServerSettingWindow::confirmedOnce()
     scene.server.expect(ping, ScriptedAnswer::json("{}")).expect(check, ScriptedAnswer::json("{}"));
     Settings::type(scene.window(), "txtServerAddress", u"127.0.0.1"_s);
     Settings::type(scene.window(), "txtAuthPort", scene.server.portText());
-    QTest::mouseDClick(Settings::find(scene.window(), "btnConfirm"), Qt::LeftButton);
+    Settings::pressTwice(scene.window(), "btnConfirm");
     scene.controller->performConfirm();
     QTest::keyClicks(Settings::find(scene.window(), "txtServerAddress"), u"9"_s);
     AWAIT(scene.idle());

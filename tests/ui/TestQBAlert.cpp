@@ -24,6 +24,10 @@ void whenModal(const std::function<void(QMessageBox &)> &act)
     QTimer::singleShot(0, qApp, [act] {
         auto *alert = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
         QVERIFY(alert);
+        QTimer::singleShot(5000, alert, [alert] {
+            alert->done(0);
+            QFAIL("the alert stayed open");
+        });
         act(*alert);
     });
 }

@@ -557,56 +557,20 @@
 <context>
     <name>LoginWindowController</name>
     <message>
-        <source>Password.placeholderString</source>
-        <translation>Password</translation>
-    </message>
-    <message>
-        <source>Username.placeholderString</source>
-        <translation>Account</translation>
-    </message>
-    <message>
-        <source>Vcode.placeholderString</source>
-        <translation>Verification code</translation>
-    </message>
-    <message>
-        <source>RememberPassword.title</source>
-        <translation>Remember password</translation>
-    </message>
-    <message>
         <source>AutoLogin.title</source>
         <translation>Automatic sign-in</translation>
-    </message>
-    <message>
-        <source>ForgetPWD.title</source>
-        <translation>Forgot password?</translation>
-    </message>
-    <message>
-        <source>ChangeThirdMode.title</source>
-        <translation>Single sign-on</translation>
     </message>
     <message>
         <source>ChangeNormalMode.title</source>
         <translation>Use account and password</translation>
     </message>
     <message>
-        <source>ThirdLogin.title</source>
+        <source>ChangeThirdMode.title</source>
         <translation>Single sign-on</translation>
     </message>
     <message>
-        <source>ThirdLogin.unavailable</source>
-        <translation>This installation cannot show the single sign-on page. Contact your administrator.</translation>
-    </message>
-    <message>
-        <source>ThirdLogin.badAddress</source>
-        <translation>The address for single sign-on is not valid. Contact your administrator.</translation>
-    </message>
-    <message>
-        <source>ServerSetting.title</source>
-        <translation>Server settings</translation>
-    </message>
-    <message>
-        <source>Retry.title</source>
-        <translation>Try again</translation>
+        <source>ForgetPWD.title</source>
+        <translation>Forgot password?</translation>
     </message>
     <message>
         <source>NoServerConfig</source>
@@ -617,8 +581,44 @@
         <translation>The server did not complete the sign-in. Try again later.</translation>
     </message>
     <message>
+        <source>Password.placeholderString</source>
+        <translation>Password</translation>
+    </message>
+    <message>
+        <source>RememberPassword.title</source>
+        <translation>Remember password</translation>
+    </message>
+    <message>
+        <source>Retry.title</source>
+        <translation>Try again</translation>
+    </message>
+    <message>
+        <source>ServerSetting.title</source>
+        <translation>Server settings</translation>
+    </message>
+    <message>
+        <source>ThirdLogin.badAddress</source>
+        <translation>The address for single sign-on is not valid. Contact your administrator.</translation>
+    </message>
+    <message>
+        <source>ThirdLogin.title</source>
+        <translation>Single sign-on</translation>
+    </message>
+    <message>
+        <source>ThirdLogin.unavailable</source>
+        <translation>This installation cannot show the single sign-on page. Contact your administrator.</translation>
+    </message>
+    <message>
+        <source>Username.placeholderString</source>
+        <translation>Account</translation>
+    </message>
+    <message>
         <source>Vcode.accessibleName</source>
         <translation>Picture code, press for another one</translation>
+    </message>
+    <message>
+        <source>Vcode.placeholderString</source>
+        <translation>Verification code</translation>
     </message>
     <message>
         <source>Vcode.unavailable</source>
@@ -903,6 +903,10 @@
         <translation>The server address is not valid. Check the address and the port.</translation>
     </message>
     <message>
+        <source>TransportBodyUnreadable</source>
+        <translation>The document could not be read completely.</translation>
+    </message>
+    <message>
         <source>TransportCancelled</source>
         <translation>The operation was cancelled.</translation>
     </message>
@@ -913,6 +917,10 @@
     <message>
         <source>TransportCannotFindHost</source>
         <translation>The server could not be found. Check that its address is right.</translation>
+    </message>
+    <message>
+        <source>TransportCannotWrite</source>
+        <translation>The document could not be stored.</translation>
     </message>
     <message>
         <source>TransportConnectionLost</source>
@@ -1043,12 +1051,12 @@
         <translation>Port</translation>
     </message>
     <message>
-        <source>ServerAddressTitle</source>
-        <translation>Server address</translation>
-    </message>
-    <message>
         <source>Heading.title</source>
         <translation>Server settings</translation>
+    </message>
+    <message>
+        <source>ServerAddressTitle</source>
+        <translation>Server address</translation>
     </message>
 </context>
 <context>

@@ -557,56 +557,20 @@
 <context>
     <name>LoginWindowController</name>
     <message>
-        <source>Password.placeholderString</source>
-        <translation>密码</translation>
-    </message>
-    <message>
-        <source>Username.placeholderString</source>
-        <translation>账号</translation>
-    </message>
-    <message>
-        <source>Vcode.placeholderString</source>
-        <translation>验证码</translation>
-    </message>
-    <message>
-        <source>RememberPassword.title</source>
-        <translation>记住密码</translation>
-    </message>
-    <message>
         <source>AutoLogin.title</source>
         <translation>自动登录</translation>
-    </message>
-    <message>
-        <source>ForgetPWD.title</source>
-        <translation>忘记密码？</translation>
-    </message>
-    <message>
-        <source>ChangeThirdMode.title</source>
-        <translation>单点登录</translation>
     </message>
     <message>
         <source>ChangeNormalMode.title</source>
         <translation>使用账号和密码登录</translation>
     </message>
     <message>
-        <source>ThirdLogin.title</source>
+        <source>ChangeThirdMode.title</source>
         <translation>单点登录</translation>
     </message>
     <message>
-        <source>ThirdLogin.unavailable</source>
-        <translation>此安装无法显示单点登录页面，请联系管理员。</translation>
-    </message>
-    <message>
-        <source>ThirdLogin.badAddress</source>
-        <translation>单点登录的地址无效，请联系管理员。</translation>
-    </message>
-    <message>
-        <source>ServerSetting.title</source>
-        <translation>服务器设置</translation>
-    </message>
-    <message>
-        <source>Retry.title</source>
-        <translation>重试</translation>
+        <source>ForgetPWD.title</source>
+        <translation>忘记密码？</translation>
     </message>
     <message>
         <source>NoServerConfig</source>
@@ -617,8 +581,44 @@
         <translation>服务器未能完成登录，请稍后重试。</translation>
     </message>
     <message>
+        <source>Password.placeholderString</source>
+        <translation>密码</translation>
+    </message>
+    <message>
+        <source>RememberPassword.title</source>
+        <translation>记住密码</translation>
+    </message>
+    <message>
+        <source>Retry.title</source>
+        <translation>重试</translation>
+    </message>
+    <message>
+        <source>ServerSetting.title</source>
+        <translation>服务器设置</translation>
+    </message>
+    <message>
+        <source>ThirdLogin.badAddress</source>
+        <translation>单点登录的地址无效，请联系管理员。</translation>
+    </message>
+    <message>
+        <source>ThirdLogin.title</source>
+        <translation>单点登录</translation>
+    </message>
+    <message>
+        <source>ThirdLogin.unavailable</source>
+        <translation>此安装无法显示单点登录页面，请联系管理员。</translation>
+    </message>
+    <message>
+        <source>Username.placeholderString</source>
+        <translation>账号</translation>
+    </message>
+    <message>
         <source>Vcode.accessibleName</source>
         <translation>验证码图片，点击可更换</translation>
+    </message>
+    <message>
+        <source>Vcode.placeholderString</source>
+        <translation>验证码</translation>
     </message>
     <message>
         <source>Vcode.unavailable</source>
@@ -903,6 +903,10 @@
         <translation>服务器地址不正确，请检查地址和端口。</translation>
     </message>
     <message>
+        <source>TransportBodyUnreadable</source>
+        <translation>文档无法完整读取。</translation>
+    </message>
+    <message>
         <source>TransportCancelled</source>
         <translation>操作已取消。</translation>
     </message>
@@ -913,6 +917,10 @@
     <message>
         <source>TransportCannotFindHost</source>
         <translation>找不到服务器，请检查服务器地址是否正确。</translation>
+    </message>
+    <message>
+        <source>TransportCannotWrite</source>
+        <translation>文档无法保存。</translation>
     </message>
     <message>
         <source>TransportConnectionLost</source>
@@ -1043,12 +1051,12 @@
         <translation>端口</translation>
     </message>
     <message>
-        <source>ServerAddressTitle</source>
-        <translation>服务器地址</translation>
-    </message>
-    <message>
         <source>Heading.title</source>
         <translation>服务器设置</translation>
+    </message>
+    <message>
+        <source>ServerAddressTitle</source>
+        <translation>服务器地址</translation>
     </message>
 </context>
 <context>

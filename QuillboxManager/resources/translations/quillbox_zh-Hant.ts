@@ -557,56 +557,20 @@
 <context>
     <name>LoginWindowController</name>
     <message>
-        <source>Password.placeholderString</source>
-        <translation>密碼</translation>
-    </message>
-    <message>
-        <source>Username.placeholderString</source>
-        <translation>帳號</translation>
-    </message>
-    <message>
-        <source>Vcode.placeholderString</source>
-        <translation>驗證碼</translation>
-    </message>
-    <message>
-        <source>RememberPassword.title</source>
-        <translation>記住密碼</translation>
-    </message>
-    <message>
         <source>AutoLogin.title</source>
         <translation>自動登入</translation>
-    </message>
-    <message>
-        <source>ForgetPWD.title</source>
-        <translation>忘記密碼？</translation>
-    </message>
-    <message>
-        <source>ChangeThirdMode.title</source>
-        <translation>單一登入</translation>
     </message>
     <message>
         <source>ChangeNormalMode.title</source>
         <translation>使用帳號和密碼登入</translation>
     </message>
     <message>
-        <source>ThirdLogin.title</source>
+        <source>ChangeThirdMode.title</source>
         <translation>單一登入</translation>
     </message>
     <message>
-        <source>ThirdLogin.unavailable</source>
-        <translation>此安裝無法顯示單一登入頁面，請聯絡管理員。</translation>
-    </message>
-    <message>
-        <source>ThirdLogin.badAddress</source>
-        <translation>單一登入的位址無效，請聯絡管理員。</translation>
-    </message>
-    <message>
-        <source>ServerSetting.title</source>
-        <translation>伺服器設定</translation>
-    </message>
-    <message>
-        <source>Retry.title</source>
-        <translation>重試</translation>
+        <source>ForgetPWD.title</source>
+        <translation>忘記密碼？</translation>
     </message>
     <message>
         <source>NoServerConfig</source>
@@ -617,8 +581,44 @@
         <translation>伺服器未能完成登入，請稍後重試。</translation>
     </message>
     <message>
+        <source>Password.placeholderString</source>
+        <translation>密碼</translation>
+    </message>
+    <message>
+        <source>RememberPassword.title</source>
+        <translation>記住密碼</translation>
+    </message>
+    <message>
+        <source>Retry.title</source>
+        <translation>重試</translation>
+    </message>
+    <message>
+        <source>ServerSetting.title</source>
+        <translation>伺服器設定</translation>
+    </message>
+    <message>
+        <source>ThirdLogin.badAddress</source>
+        <translation>單一登入的位址無效，請聯絡管理員。</translation>
+    </message>
+    <message>
+        <source>ThirdLogin.title</source>
+        <translation>單一登入</translation>
+    </message>
+    <message>
+        <source>ThirdLogin.unavailable</source>
+        <translation>此安裝無法顯示單一登入頁面，請聯絡管理員。</translation>
+    </message>
+    <message>
+        <source>Username.placeholderString</source>
+        <translation>帳號</translation>
+    </message>
+    <message>
         <source>Vcode.accessibleName</source>
         <translation>驗證碼圖片，點按可更換</translation>
+    </message>
+    <message>
+        <source>Vcode.placeholderString</source>
+        <translation>驗證碼</translation>
     </message>
     <message>
         <source>Vcode.unavailable</source>
@@ -903,6 +903,10 @@
         <translation>伺服器位址不正確，請檢查位址和連接埠。</translation>
     </message>
     <message>
+        <source>TransportBodyUnreadable</source>
+        <translation>文件無法完整讀取。</translation>
+    </message>
+    <message>
         <source>TransportCancelled</source>
         <translation>操作已取消。</translation>
     </message>
@@ -913,6 +917,10 @@
     <message>
         <source>TransportCannotFindHost</source>
         <translation>找不到伺服器，請檢查伺服器位址是否正確。</translation>
+    </message>
+    <message>
+        <source>TransportCannotWrite</source>
+        <translation>文件無法儲存。</translation>
     </message>
     <message>
         <source>TransportConnectionLost</source>
@@ -1043,12 +1051,12 @@
         <translation>連接埠</translation>
     </message>
     <message>
-        <source>ServerAddressTitle</source>
-        <translation>伺服器位址</translation>
-    </message>
-    <message>
         <source>Heading.title</source>
         <translation>伺服器設定</translation>
+    </message>
+    <message>
+        <source>ServerAddressTitle</source>
+        <translation>伺服器位址</translation>
     </message>
 </context>
 <context>

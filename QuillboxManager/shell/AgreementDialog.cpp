@@ -64,9 +64,18 @@ void AgreementDialog::windowDidLoad()
     btnShowVolume->setText(platform::localizedString(ShellStrings::agreementOpenTitle()));
     name(btnShowVolume, QStringLiteral("btnShowVolume"), btnShowVolume->text());
     btnShowVolume->setEnabled(false);
-    connect(btnReadUserProtocol, &QCheckBox::toggled, this,
-            [this](bool ticked) { ticked ? showBtnShowVolumeNormal() : showBtnShowVolumeDisable(); });
+    observeCheckBox();
     connect(btnShowVolume, &QPushButton::clicked, this, &AgreementDialog::showVolume);
+}
+
+void AgreementDialog::observeCheckBox()
+{
+    btnReadUserProtocol->setProperty("tickedNotification", NotificationNames::alreadyReadUserProtocol());
+    btnReadUserProtocol->setProperty("clearedNotification", NotificationNames::notReadUserProtocol());
+    notifications.addObserver(this, NotificationNames::alreadyReadUserProtocol(),
+                              [this](const platform::Notification &) { showBtnShowVolumeNormal(); });
+    notifications.addObserver(this, NotificationNames::notReadUserProtocol(),
+                              [this](const platform::Notification &) { showBtnShowVolumeDisable(); });
 }
 
 void AgreementDialog::loadUserProtocol(const QString &text)

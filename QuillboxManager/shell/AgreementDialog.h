@@ -30,6 +30,7 @@ protected:
     bool windowShouldClose() override { return false; }
 
 private:
+    void observeCheckBox();
     void showBtnShowVolumeNormal();
     void showBtnShowVolumeDisable();
     void showVolume();

@@ -20,7 +20,7 @@ void DelegateFixture::useServer(const QJsonObject &scenario)
 {
     server = std::make_unique<ServerFixture>(scenario);
     storeServer(server->server->httpPort());
-    certificate = server->options().certificateExport;
+    ground.certificate = server->options().certificateExport;
 }
 
 void DelegateFixture::signInAtServer()
@@ -56,7 +56,8 @@ AppDelegate &DelegateFixture::delegate()
         .windows = windows,
         .present = alerts.presenter(),
         .makeTrayHost = NoTray::make,
-        .fontNames = [this] { return fontThere ? QStringList{QStringLiteral("Noto Sans CJK SC")} : QStringList(); },
+        .fontNames =
+            [there = fontThere] { return *there ? QStringList{QStringLiteral("Noto Sans CJK SC")} : QStringList(); },
         .serviceWatchInterval = std::chrono::milliseconds(50),
         .forwardingRetry = std::chrono::milliseconds(50),
         .endEventLoop = [this] { ++ended; },

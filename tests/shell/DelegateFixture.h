@@ -8,6 +8,7 @@
 #include <QApplication>
 #include <QWidget>
 
+#include <atomic>
 #include <memory>
 
 namespace testing
@@ -42,7 +43,7 @@ struct DelegateFixture : ShellFixture {
     QStringList posted() const;
 
     std::unique_ptr<ServerFixture> server;
-    std::atomic<bool> fontThere = true;
+    std::shared_ptr<std::atomic<bool>> fontThere = std::make_shared<std::atomic<bool>>(true);
     int ended = 0;
     std::unique_ptr<AppDelegate> app;
 };

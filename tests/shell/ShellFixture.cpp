@@ -10,6 +10,9 @@
 #include <QTest>
 #include <QTimer>
 
+#include <memory>
+#include <vector>
+
 namespace testing
 {
 
@@ -65,25 +68,38 @@ void TestBundle::addReadyDriver() const
                 "echo com.github.osxfuse.pkg.Core\necho com.github.osxfuse.pkg.PrefPane\n");
 }
 
-ShellFixture::ShellFixture()
-    : host(folder.path()), files(folder.path()), globe(folder.filePath(QStringLiteral("quillbox.globe")), false),
+ShellGround::ShellGround()
+    : host(folder.path()), globe(folder.filePath(QStringLiteral("quillbox.globe")), false),
       defaults(folder.filePath(QStringLiteral("defaults.plist"))), networking(globe, transport, defaults, services())
 {
 }
 
-ShellFixture::~ShellFixture()
-{
-    // Background calls hold references to what is about to go.
-    transport.shutDown();
-    QTest::qWait(20);
-}
-
-ClientServices ShellFixture::services()
+ClientServices ShellGround::services()
 {
     ClientServices own;
     own.version = QStringLiteral("1.2.3");
     own.encryptor = [this] { return MXRRSA::initWithCertificate(certificate); };
     return own;
+}
+
+namespace
+{
+ShellGround &newGround()
+{
+    static auto *const grounds = new std::vector<std::unique_ptr<ShellGround>>;
+    return *grounds->emplace_back(std::make_unique<ShellGround>());
+}
+} // namespace
+
+ShellFixture::ShellFixture()
+    : ground(newGround()), folder(ground.folder), host(ground.host), files(folder.path()), globe(ground.globe),
+      defaults(ground.defaults), networking(ground.networking)
+{
+}
+
+ShellFixture::~ShellFixture()
+{
+    ground.transport.shutDown();
 }
 
 void ShellFixture::storeServer(int port)

@@ -12,7 +12,6 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
-#include <atomic>
 #include <functional>
 
 namespace testing
@@ -46,23 +45,38 @@ private:
     const QString root;
 };
 
+/// What background calls refer to. Kept until the process ends, because such a call may outlive the test that caused
+/// it.
+struct ShellGround {
+    ShellGround();
+
+    QTemporaryDir folder;
+    FakeHost host;
+    QBGlobeInformation globe;
+    HttpTransport transport;
+    platform::UserDefaults defaults;
+    QString certificate; ///< of the server that passwords are encrypted for
+    QBNetworking networking;
+
+private:
+    ClientServices services();
+};
+
 /// A whole client on a folder of its own and a host of doubles.
 struct ShellFixture {
     ShellFixture();
     ~ShellFixture();
 
-    QTemporaryDir folder;
-    FakeHost host;
+    ShellGround &ground;
+    QTemporaryDir &folder;
+    FakeHost &host;
     TestBundle files;
-    QBGlobeInformation globe;
-    HttpTransport transport;
-    QString certificate; ///< of the server that passwords are encrypted for
-    platform::UserDefaults defaults;
-    QBNetworking networking;
+    QBGlobeInformation &globe;
+    platform::UserDefaults &defaults;
+    QBNetworking &networking;
     platform::NotificationCenter center;
     AlertAnswers alerts;
 
-    ClientServices services();
     void storeServer(int port);
     void signIn(int port);
     QString volume() const { return host.folders.volumes() + QStringLiteral("/Quillbox"); }

@@ -77,7 +77,7 @@ void TestAppDelegate::startUpOrder()
                               "echo driver >> " + log +
                                   "\necho com.github.osxfuse.pkg.Core\necho com.github.osxfuse.pkg.PrefPane");
     fixture.host.workspace.running = {{u"com.velto.FUSEService"_s, 4711}};
-    fixture.fontThere = false;
+    *fixture.fontThere = false;
     AppDelegate &delegate = fixture.delegate();
     delegate.applicationDidFinishLaunching();
     QTRY_COMPARE(steps(), QByteArray("registered fonts"));
@@ -94,7 +94,7 @@ void TestAppDelegate::startUpOrder()
     QVERIFY(menuWindow->findChild<QAbstractButton *>(u"performQuitApp"_s)->isEnabled());
     QVERIFY(!menuWindow->findChild<QAbstractButton *>(u"performLogout"_s)->isEnabled());
 
-    fixture.fontThere = true;
+    *fixture.fontThere = true;
     QTRY_COMPARE(steps(), QByteArray("registered fonts driver"));
     QTRY_VERIFY(fixture.serverWindowShows());
     QCOMPARE(fixture.host.distributed.observed, QStringList{u"NotificationRegisterServerSucess"_s});

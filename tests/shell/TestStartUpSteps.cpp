@@ -12,6 +12,8 @@
 #include <QFile>
 #include <QTest>
 
+#include <atomic>
+
 using namespace testing;
 using platform::PropertyList::readDictionary;
 

@@ -1,0 +1,190 @@
+#include "volume/OpenFile.h"
+
+#include "volume/Errno.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <limits>
+
+namespace volume
+{
+namespace
+{
+constexpr qint64 everything = std::numeric_limits<qint64>::max();
+}
+
+OpenFile::OpenFile(const FileServices &fileServices, const DocumentPointer &document)
+    : services(fileServices), base(document), shown{document->size, document->modified}
+{
+}
+
+OpenFile::OpenFile(const FileServices &fileServices, Life newLife)
+    : services(fileServices), unsaved(true), life(newLife), shown{0, fileServices.now()},
+      shownUnsaved(newLife == Life::Shared), shownLocalOnly(newLife == Life::LocalOnly)
+{
+    makeStage(0);
+}
+
+OpenFile::~OpenFile()
+{
+    releaseLock();
+}
+
+OpenFile::Look OpenFile::look() const
+{
+    const std::lock_guard lock(shownMutex);
+    return shown;
+}
+
+bool OpenFile::isUnsaved() const
+{
+    const std::lock_guard lock(shownMutex);
+    return shownUnsaved;
+}
+
+bool OpenFile::isLocalOnly() const
+{
+    const std::lock_guard lock(shownMutex);
+    return shownLocalOnly;
+}
+
+void OpenFile::show(qint64 size, qint64 modified)
+{
+    const std::lock_guard lock(shownMutex);
+    shown = {size, modified};
+    shownUnsaved = unsaved && life == Life::Shared;
+}
+
+void OpenFile::opened(const DocumentPointer &document)
+{
+    const std::lock_guard lock(content);
+    if (!document || unsaved || life != Life::Shared || (base && base->rev == document->rev))
+        return;
+    base = document;
+    stage.reset();
+    show(base->size, base->modified);
+}
+
+qint64 OpenFile::read(qint64 offset, qint64 length, char *into, ReadAhead &readAhead)
+{
+    DocumentPointer document;
+    {
+        const std::lock_guard lock(content);
+        if (stage)
+            return stage->read(offset, length, into);
+        document = base;
+    }
+    length = std::clamp<qint64>(document->size - offset, 0, length);
+    if (length == 0)
+        return 0;
+    const ReadAhead::Blocks soon = readAhead.advance(offset, length, document->size);
+    for (qint64 block = soon.first; block < soon.first + soon.count; ++block)
+        services.cache.prefetch(*document, block);
+    return services.cache.read(*document, offset, length, into);
+}
+
+void OpenFile::makeStage(qint64 keptLength)
+{
+    const DocumentPointer from = base;
+    BlockCache &cache = services.cache;
+    const auto fetch = [from, &cache](qint64 offset, qint64 length, char *into) {
+        if (cache.read(*from, offset, length, into) != length)
+            throw Errno{EIO};
+    };
+    stage = std::make_unique<WriteStage>(services.stagingFolder, from ? std::min(keptLength, from->size) : 0, fetch);
+}
+
+void OpenFile::beginWriting(qint64 keptLength)
+{
+    if (life == Life::Shared && base && !locked) {
+        services.store.lock(base->id);
+        locked = true;
+    }
+    if (!stage)
+        makeStage(keptLength);
+}
+
+void OpenFile::noteWritten()
+{
+    unsaved = true;
+    show(stage->size(), services.now());
+}
+
+void OpenFile::write(qint64 offset, const char *bytes, qint64 length)
+{
+    const std::lock_guard lock(content);
+    beginWriting(everything);
+    stage->write(offset, bytes, length);
+    noteWritten();
+}
+
+void OpenFile::append(const char *bytes, qint64 length)
+{
+    const std::lock_guard lock(content);
+    beginWriting(everything);
+    stage->write(stage->size(), bytes, length);
+    noteWritten();
+}
+
+void OpenFile::truncate(qint64 size)
+{
+    const std::lock_guard lock(content);
+    beginWriting(size);
+    stage->truncate(size);
+    noteWritten();
+}
+
+bool OpenFile::setModified(qint64 modified)
+{
+    const std::lock_guard lock(content);
+    if (!unsaved)
+        return false;
+    show(stage->size(), modified);
+    return true;
+}
+
+WriteStage &OpenFile::wholeStage()
+{
+    if (!stage)
+        makeStage(everything);
+    stage->complete();
+    return *stage;
+}
+
+void OpenFile::saved(const DocumentPointer &document)
+{
+    base = document;
+    unsaved = false;
+    show(stage ? stage->size() : document->size, document->modified);
+}
+
+void OpenFile::becomeShared()
+{
+    life = Life::Shared;
+    unsaved = true;
+    const std::lock_guard lock(shownMutex);
+    shownUnsaved = true;
+    shownLocalOnly = false;
+}
+
+void OpenFile::releaseLock()
+{
+    if (!locked)
+        return;
+    locked = false;
+    try {
+        services.store.unlock(base->id);
+    } catch (const Errno &) {
+        // Logged where it failed; the contents are safe, and the lock can be broken on the server.
+    }
+}
+
+void OpenFile::becomeRemoved()
+{
+    releaseLock();
+    life = Life::Removed;
+    const Look last = look();
+    show(last.size, last.modified);
+}
+
+} // namespace volume

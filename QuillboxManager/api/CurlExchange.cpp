@@ -10,9 +10,40 @@ constexpr long mostRedirects = 10;
 constexpr long mostConnections = 4; // kept open per handle
 constexpr long connectionLifeSeconds = 60;
 constexpr qint64 mostHeaderBytes = 256 * 1024;
-constexpr int longestPollMilliseconds = 60'000;
+constexpr std::chrono::milliseconds longestPoll{60'000};
+constexpr long transferBuffer = 256 * 1024; // bytes, of uploads
+constexpr qint64 leastProgress = 1024;      // bytes per stall time-out
 
+using Clock = std::chrono::steady_clock;
 using HeaderList = std::unique_ptr<curl_slist, decltype(&curl_slist_free_all)>;
+
+/// Watches that an exchange goes on moving.
+class StallWatch
+{
+public:
+    explicit StallWatch(std::chrono::milliseconds patience) : limit(patience) {}
+
+    bool isStalled(qint64 moved)
+    {
+        if (limit.count() == 0)
+            return false;
+        const auto now = Clock::now();
+        if (!due || moved - movedBefore >= leastProgress) {
+            movedBefore = moved;
+            due = now + limit;
+        }
+        left = std::chrono::ceil<std::chrono::milliseconds>(*due - now);
+        return left.count() <= 0;
+    }
+    /// Until the next look is needed.
+    int pollMilliseconds() const { return static_cast<int>(std::min(left, longestPoll).count()); }
+
+private:
+    const std::chrono::milliseconds limit;
+    std::chrono::milliseconds left = longestPoll;
+    std::optional<Clock::time_point> due;
+    qint64 movedBefore = 0;
+};
 
 HeaderList headerList(const HttpRequest &request)
 {
@@ -54,6 +85,11 @@ void CurlExchange::setPermanentOptions(CURLSH *cookies)
     curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
     curl_easy_setopt(easy, CURLOPT_MAXAGE_CONN, connectionLifeSeconds);
     curl_easy_setopt(easy, CURLOPT_NOPROXY, ""); // the desktop's settings have decided already
+    curl_easy_setopt(easy, CURLOPT_READFUNCTION, &CurlExchange::giveBody);
+    curl_easy_setopt(easy, CURLOPT_READDATA, this);
+    curl_easy_setopt(easy, CURLOPT_SEEKFUNCTION, &CurlExchange::seekBody);
+    curl_easy_setopt(easy, CURLOPT_SEEKDATA, this);
+    curl_easy_setopt(easy, CURLOPT_UPLOAD_BUFFERSIZE, transferBuffer);
     curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, &CurlExchange::takeBody);
     curl_easy_setopt(easy, CURLOPT_WRITEDATA, this);
     curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, &CurlExchange::takeHeader);
@@ -64,21 +100,30 @@ void CurlExchange::setPermanentOptions(CURLSH *cookies)
 void CurlExchange::setOptions(const HttpRequest &request, const QByteArray &url, const ProxyChoice &proxy)
 {
     const auto text = [](const QByteArray &value) { return value.isEmpty() ? nullptr : value.constData(); };
-    // Zero would mean "no limit" to the library.
-    const auto limit = static_cast<long>(std::max<qint64>(1, request.timeout.count()));
+    // Zero means "no limit" to the library.
+    const bool watched = request.stallTimeout.count() > 0;
+    const auto limit = watched ? 0L : static_cast<long>(std::max<qint64>(1, request.timeout.count()));
+    const auto largest = request.sink ? curl_off_t(0) : static_cast<curl_off_t>(request.replyLimit);
 
     curl_easy_setopt(easy, CURLOPT_URL, url.constData());
-    // Without fields the library would read a body from standard input.
-    curl_easy_setopt(easy, CURLOPT_POSTFIELDS, request.body.isEmpty() ? "" : request.body.constData());
-    curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request.body.size()));
     curl_easy_setopt(easy, CURLOPT_TIMEOUT_MS, limit);
     curl_easy_setopt(easy, CURLOPT_FRESH_CONNECT, request.freshConnection ? 1L : 0L);
-    curl_easy_setopt(easy, CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(request.replyLimit));
+    curl_easy_setopt(easy, CURLOPT_MAXFILESIZE_LARGE, largest);
     curl_easy_setopt(easy, CURLOPT_REDIR_PROTOCOLS_STR, url.startsWith("https:") ? "https" : "http,https");
     curl_easy_setopt(easy, CURLOPT_PROXY, proxy.url.constData()); // empty: none, not even the environment's
     curl_easy_setopt(easy, CURLOPT_PROXYUSERNAME, text(proxy.user));
     curl_easy_setopt(easy, CURLOPT_PROXYPASSWORD, text(proxy.password));
+    setBody(request);
     setTrust(request.acceptAnyCertificate);
+}
+
+void CurlExchange::setBody(const HttpRequest &request)
+{
+    // No fields at all make the library ask for the body piece by piece.
+    const char *const fields = request.body.isEmpty() ? "" : request.body.constData();
+    const qint64 size = request.upload ? request.upload->size() : request.body.size();
+    curl_easy_setopt(easy, CURLOPT_POSTFIELDS, request.upload ? nullptr : fields);
+    curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(size));
 }
 
 void CurlExchange::setTrust(bool acceptAnyCertificate)
@@ -93,12 +138,11 @@ void CurlExchange::setTrust(bool acceptAnyCertificate)
 HttpReply CurlExchange::post(const HttpRequest &request, const QByteArray &url, const ProxyChoice &proxy,
                              const std::atomic<bool> &stopping)
 {
-    body = QByteArray("");
-    replyLimit = request.replyLimit;
-    headerBytes = 0;
-    headerComplete = false;
-    tooLarge = false;
-
+    state = State();
+    state.request = &request;
+    std::optional<StopSignal::Listener> listener;
+    if (request.stop)
+        listener.emplace(request.stop, [this] { wakeUp(); });
     const HeaderList headers = headerList(request);
     setOptions(request, url, proxy);
     curl_easy_setopt(easy, CURLOPT_HTTPHEADER, headers.get());
@@ -107,22 +151,41 @@ HttpReply CurlExchange::post(const HttpRequest &request, const QByteArray &url, 
     curl_multi_remove_handle(multi, easy);
     const HttpReply answer = reply(result, request);
     curl_easy_setopt(easy, CURLOPT_HTTPHEADER, nullptr);
-    body = QByteArray();
+    state = State();
     return answer;
+}
+
+bool CurlExchange::isStopped(const std::atomic<bool> &stopping) const
+{
+    return stopping || (state.request->stop && state.request->stop->isStopped());
+}
+
+/// Until the exchange has ended or must end; false when the library itself fails.
+bool CurlExchange::drive(const std::atomic<bool> &stopping)
+{
+    StallWatch watch(state.request->stallTimeout);
+    int running = 1;
+    while (!isStopped(stopping)) {
+        if (curl_multi_perform(multi, &running) != CURLM_OK)
+            return false;
+        if (running == 0)
+            return true;
+        if (watch.isStalled(state.moved)) {
+            state.failure = TransportError::TimedOut;
+            return true;
+        }
+        if (curl_multi_poll(multi, nullptr, 0, watch.pollMilliseconds(), nullptr) != CURLM_OK)
+            return false;
+    }
+    state.failure = TransportError::Cancelled;
+    return true;
 }
 
 CURLcode CurlExchange::run(const std::atomic<bool> &stopping)
 {
-    int running = 1;
-    while (!stopping) {
-        if (curl_multi_perform(multi, &running) != CURLM_OK)
-            return CURLE_FAILED_INIT;
-        if (running == 0)
-            break;
-        if (curl_multi_poll(multi, nullptr, 0, longestPollMilliseconds, nullptr) != CURLM_OK)
-            return CURLE_FAILED_INIT;
-    }
-    if (stopping)
+    if (!drive(stopping))
+        return CURLE_FAILED_INIT;
+    if (state.failure)
         return CURLE_ABORTED_BY_CALLBACK;
     CURLcode result = CURLE_FAILED_INIT;
     int left = 0;
@@ -145,7 +208,7 @@ void CurlExchange::deleteCookies()
 HttpReply CurlExchange::reply(CURLcode result, const HttpRequest &request)
 {
     HttpReply answer;
-    if (result == CURLE_OK && !headerComplete) // the server died inside the header, which the library lets pass
+    if (result == CURLE_OK && !state.headerComplete) // the server died inside the header, which the library lets pass
         result = CURLE_RECV_ERROR;
     if (result != CURLE_OK) {
         answer.error = transportError(classify(result, request));
@@ -160,16 +223,27 @@ HttpReply CurlExchange::reply(CURLcode result, const HttpRequest &request)
     curl_easy_getinfo(easy, CURLINFO_EFFECTIVE_URL, &finalUrl);
     curl_easy_getinfo(easy, CURLINFO_CONTENT_TYPE, &contentType);
     answer.status = static_cast<int>(status);
-    answer.body = body;
+    answer.body = state.body;
     answer.finalUrl = redirects == 0 ? request.url : QString::fromUtf8(finalUrl);
     answer.contentType = contentType;
+    answer.headers = headersOf(request.wantedHeaders);
     return answer;
+}
+
+QHash<QByteArray, QByteArray> CurlExchange::headersOf(const QByteArrayList &names)
+{
+    QHash<QByteArray, QByteArray> found;
+    curl_header *header = nullptr;
+    for (const QByteArray &name : names)
+        if (curl_easy_header(easy, name.constData(), 0, CURLH_HEADER, -1, &header) == CURLHE_OK)
+            found.insert(name, header->value);
+    return found;
 }
 
 TransportError CurlExchange::classify(CURLcode result, const HttpRequest &request) const
 {
-    if (tooLarge)
-        return TransportError::ReplyTooLarge;
+    if (state.failure)
+        return *state.failure;
     switch (result) {
     case CURLE_ABORTED_BY_CALLBACK:
         return TransportError::Cancelled;
@@ -198,11 +272,13 @@ TransportError CurlExchange::classify(CURLcode result, const HttpRequest &reques
         return TransportError::SecureConnectionFailed;
     case CURLE_GOT_NOTHING:
     case CURLE_SEND_ERROR:
+    case CURLE_SEND_FAIL_REWIND:
     case CURLE_RECV_ERROR:
     case CURLE_PARTIAL_FILE:
         return TransportError::ConnectionLost;
     case CURLE_UNSUPPORTED_PROTOCOL: { // a redirect that is not allowed, or bytes that are no HTTP
-        const bool redirected = headerComplete && request.url.startsWith(QLatin1String("https:"), Qt::CaseInsensitive);
+        const bool redirected =
+            state.headerComplete && request.url.startsWith(QLatin1String("https:"), Qt::CaseInsensitive);
         return redirected ? TransportError::SecureConnectionFailed : TransportError::BadReply;
     }
     default:
@@ -210,26 +286,70 @@ TransportError CurlExchange::classify(CURLcode result, const HttpRequest &reques
     }
 }
 
+size_t CurlExchange::giveBody(char *into, size_t size, size_t count, void *exchange)
+{
+    State &state = static_cast<CurlExchange *>(exchange)->state;
+    ByteSource &source = *state.request->upload;
+    const qint64 left = source.size() - state.uploaded;
+    if (left <= 0)
+        return 0;
+    const qint64 got = source.readAt(state.uploaded, into, std::min(left, static_cast<qint64>(size * count)));
+    if (got <= 0) {
+        state.failure = TransportError::BodyUnreadable;
+        return CURL_READFUNC_ABORT;
+    }
+    state.uploaded += got;
+    state.moved += got;
+    return static_cast<size_t>(got);
+}
+
+int CurlExchange::seekBody(void *exchange, curl_off_t offset, int origin)
+{
+    if (origin != SEEK_SET)
+        return CURL_SEEKFUNC_CANTSEEK;
+    static_cast<CurlExchange *>(exchange)->state.uploaded = offset;
+    return CURL_SEEKFUNC_OK;
+}
+
+bool CurlExchange::asksSink()
+{
+    long status = 0;
+    const char *contentType = nullptr;
+    curl_easy_getinfo(easy, CURLINFO_RESPONSE_CODE, &status);
+    curl_easy_getinfo(easy, CURLINFO_CONTENT_TYPE, &contentType);
+    return state.request->sink->takes(static_cast<int>(status), contentType);
+}
+
 size_t CurlExchange::takeBody(const char *bytes, size_t size, size_t count, void *exchange)
 {
     auto *self = static_cast<CurlExchange *>(exchange);
+    State &state = self->state;
     const auto length = static_cast<qsizetype>(size * count);
-    self->tooLarge = self->body.size() + length > self->replyLimit;
-    if (self->tooLarge)
-        return 0;
-    self->body.append(bytes, length);
-    return size * count;
+    state.moved += length;
+    if (!state.sinkTakes)
+        state.sinkTakes = state.request->sink && self->asksSink();
+    if (*state.sinkTakes) {
+        if (!state.request->sink->write(bytes, length))
+            state.failure = state.request->sink->refusal();
+    } else if (state.body.size() + length > state.request->replyLimit) {
+        state.failure = TransportError::ReplyTooLarge;
+    } else {
+        state.body.append(bytes, length);
+    }
+    return state.failure ? 0 : size * count;
 }
 
 size_t CurlExchange::takeHeader(const char *bytes, size_t size, size_t count, void *exchange)
 {
-    auto *self = static_cast<CurlExchange *>(exchange);
+    State &state = static_cast<CurlExchange *>(exchange)->state;
     const QByteArrayView line(bytes, static_cast<qsizetype>(size * count));
-    self->headerBytes += line.size();
-    self->tooLarge = self->headerBytes > mostHeaderBytes;
+    state.headerBytes += line.size();
+    state.moved += line.size();
+    if (state.headerBytes > mostHeaderBytes)
+        state.failure = TransportError::ReplyTooLarge;
     if (line.startsWith("HTTP/"))
-        self->headerComplete = false;
+        state.headerComplete = false;
     else if (line.trimmed().isEmpty())
-        self->headerComplete = true;
-    return self->tooLarge ? 0 : size * count;
+        state.headerComplete = true;
+    return state.failure ? 0 : size * count;
 }

@@ -6,6 +6,7 @@
 #include <curl/curl.h>
 
 #include <atomic>
+#include <optional>
 
 /// One reusable transfer handle with a driver of its own, so that its connections stay open between exchanges and
 /// another thread can interrupt it. One exchange at a time.
@@ -19,7 +20,7 @@ public:
     CurlExchange &operator=(const CurlExchange &) = delete;
 
     bool isUsable() const { return easy && multi; }
-    /// Blocks until the reply, an error, the time-out, or `stopping` together with `wakeUp`.
+    /// Blocks until the reply, an error, the time-out, the request's stop signal, or `stopping` together with `wakeUp`.
     HttpReply post(const HttpRequest &request, const QByteArray &url, const ProxyChoice &proxy,
                    const std::atomic<bool> &stopping);
     /// Any thread: makes a blocked `post` look at `stopping`.
@@ -29,11 +30,18 @@ public:
 private:
     void setPermanentOptions(CURLSH *cookies);
     void setOptions(const HttpRequest &request, const QByteArray &url, const ProxyChoice &proxy);
+    void setBody(const HttpRequest &request);
     void setTrust(bool acceptAnyCertificate);
     CURLcode run(const std::atomic<bool> &stopping);
+    bool drive(const std::atomic<bool> &stopping);
+    bool isStopped(const std::atomic<bool> &stopping) const;
     TransportError classify(CURLcode result, const HttpRequest &request) const;
     HttpReply reply(CURLcode result, const HttpRequest &request);
+    QHash<QByteArray, QByteArray> headersOf(const QByteArrayList &names);
+    bool asksSink();
 
+    static size_t giveBody(char *into, size_t size, size_t count, void *exchange);
+    static int seekBody(void *exchange, curl_off_t offset, int origin);
     static size_t takeBody(const char *bytes, size_t size, size_t count, void *exchange);
     static size_t takeHeader(const char *bytes, size_t size, size_t count, void *exchange);
 
@@ -41,9 +49,15 @@ private:
     CURLM *multi = nullptr;
 
     // Of the exchange in progress.
-    QByteArray body;
-    qint64 replyLimit = 0;
-    qint64 headerBytes = 0;
-    bool headerComplete = false;
-    bool tooLarge = false;
+    struct State {
+        const HttpRequest *request = nullptr;
+        QByteArray body = QByteArray("");
+        qint64 uploaded = 0;
+        qint64 moved = 0; ///< bytes in and out
+        qint64 headerBytes = 0;
+        bool headerComplete = false;
+        std::optional<bool> sinkTakes; ///< nothing: not asked yet
+        std::optional<TransportError> failure;
+    };
+    State state;
 };

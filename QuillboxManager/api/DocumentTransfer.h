@@ -53,7 +53,8 @@ public:
     ServerReply downloadFile(const QString &docid, ByteSink &sink, QBError *error, const QString &rev = {});
 
 private:
-    ServerReply upload(const QJsonObject &parameters, ByteSource &contents, QBError *error);
+    HttpRequest requestFor(const QString &method) const;
+    ServerReply upload(QJsonObject parameters, ByteSource &contents, std::optional<qint64> clientTime, QBError *error);
 
     QBNetworking &client;
     StopSignal *const stopSignal;

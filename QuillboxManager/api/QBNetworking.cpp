@@ -104,22 +104,10 @@ QString QBNetworking::internalLinkPrefix() const
     return linkPrefix;
 }
 
-qint64 QBNetworking::allowperm() const
-{
-    const std::lock_guard lock(mutex);
-    return allowedPermissions;
-}
-
 bool QBNetworking::autoCasRedirect() const
 {
     const std::lock_guard lock(mutex);
     return casRedirect;
-}
-
-bool QBNetworking::bRequestEntryError() const
-{
-    const std::lock_guard lock(mutex);
-    return entryRequestFailed;
 }
 
 bool QBNetworking::isHttpServer() const
@@ -159,45 +147,76 @@ QString QBNetworking::spliceURL(const QString &api, const QString &method) const
     return spliceURLWithoutToken(api, method) + u"&tokenid="_s + tokenID();
 }
 
-QByteArray QBNetworking::postWithURL(const QString &url, const QByteArray &body, QBError *error)
-{
-    return send(url, body, ReplyShape::Object, Delivery::Usual, error);
-}
-
-QByteArray QBNetworking::postWithURL1(const QString &url, const QByteArray &body, QBError *error)
-{
-    return send(url, body, ReplyShape::Array, Delivery::Usual, error);
-}
-
-QByteArray QBNetworking::send(const QString &url, const QByteArray &body, ReplyShape shape, Delivery delivery,
-                              QBError *error)
+HttpRequest QBNetworking::requestFor(const QString &url, const QByteArray &body) const
 {
     HttpRequest request;
     request.url = url;
     request.body = body;
     request.timeout = services.callTimeout;
     request.headers = {{"Content-Type", "application/x-www-form-urlencoded charset=utf-8"}};
-    request.freshConnection = delivery == Delivery::Once;
-    const HttpReply reply = transport.post(request);
-    const auto variant = shape == ReplyShape::Array ? ServerReplies::Variant::Array : ServerReplies::Variant::Object;
-    const QBError problem = reply.error ? reply.error : ServerReplies::problem(reply.body, reply.status, variant);
-    if (problem) {
-        platform::log(u"error:%1-->url:%2"_s.arg(describe(problem), platform::redactedURL(url)));
-        if (error)
-            *error = problem;
+    return request;
+}
+
+ServerReply ServerAnswer::object() const
+{
+    return document.isObject() ? std::optional(document.object()) : std::nullopt;
+}
+
+ServerAnswer QBNetworking::exchange(const HttpRequest &request, ReplyShape shape)
+{
+    ServerAnswer answer;
+    answer.reply = transport.post(request);
+    answer.error = answer.reply.error;
+    if (!answer.error) {
+        const auto variant =
+            shape == ReplyShape::Array ? ServerReplies::Variant::Array : ServerReplies::Variant::Object;
+        answer.document = QJsonDocument::fromJson(answer.reply.body);
+        answer.error = ServerReplies::problem(answer.reply.body, answer.document, answer.reply.status, variant);
     }
-    return reply.error ? QByteArray() : reply.body;
+    if (answer.error)
+        platform::log(u"error:%1-->url:%2"_s.arg(describe(answer.error), platform::redactedURL(request.url)));
+    return answer;
+}
+
+QByteArray QBNetworking::postWithURL(const QString &url, const QByteArray &body, QBError *error)
+{
+    return send(url, body, ReplyShape::Object, error);
+}
+
+QByteArray QBNetworking::postWithURL1(const QString &url, const QByteArray &body, QBError *error)
+{
+    return send(url, body, ReplyShape::Array, error);
+}
+
+QByteArray QBNetworking::send(const QString &url, const QByteArray &body, ReplyShape shape, QBError *error)
+{
+    const ServerAnswer answer = exchange(requestFor(url, body), shape);
+    if (answer.error && error)
+        *error = answer.error;
+    return answer.reply.error ? QByteArray() : answer.reply.body;
+}
+
+ServerAnswer QBNetworking::transfer(HttpRequest request)
+{
+    request.stallTimeout = services.callTimeout;
+    return exchange(request, ReplyShape::Object);
 }
 
 ServerReply QBNetworking::call(const QString &url, const QByteArray &body, QBError *error, Delivery delivery)
 {
-    QBError problem;
-    const QByteArray data = send(url, body, ReplyShape::Object, delivery, &problem);
-    const ServerReply reply = ServerReplies::object(data);
-    if (!problem && !reply && !data.trimmed().isEmpty())
-        problem = transportError(TransportError::BadReply);
-    if (problem && error)
-        *error = problem;
+    HttpRequest request = requestFor(url, body);
+    request.freshConnection = delivery == Delivery::Once;
+    return call(request, error);
+}
+
+ServerReply QBNetworking::call(const HttpRequest &request, QBError *error)
+{
+    ServerAnswer answer = exchange(request, ReplyShape::Object);
+    const ServerReply reply = answer.object();
+    if (!answer.error && !reply && !QByteArrayView(answer.reply.body).trimmed().isEmpty())
+        answer.error = transportError(TransportError::BadReply);
+    if (answer.error && error)
+        *error = answer.error;
     return reply;
 }
 

@@ -1,9 +1,11 @@
 #pragma once
 
 #include "api/ClientServices.h"
+#include "api/DocumentCalls.h"
 #include "api/HttpTransport.h"
 #include "api/QBError.h"
 
+#include <QJsonDocument>
 #include <QJsonObject>
 #include <QString>
 
@@ -20,18 +22,27 @@ namespace platform
 class UserDefaults;
 }
 
-/// A JSON reply; nothing stands for "no reply".
-using ServerReply = std::optional<QJsonObject>;
 /// Completion of a sign-in: no error and no reply on success; the reply that came with an error may hold details.
 using LoginHandle = std::function<void(const QBError &error, const ServerReply &reply)>;
 
 /// What the server probe found; the integer values are those the windows and the shell act on.
 enum class ServerConfigResult { Succeeded = 1, Failed = 2 };
 
+/// A reply with what it says: the document is null when it is no JSON, and the error is the transport's or the
+/// server's.
+struct ServerAnswer {
+    HttpReply reply;
+    QJsonDocument document;
+    QBError error;
+
+    /// Nothing when the reply is no object.
+    ServerReply object() const;
+};
+
 /// The one client of the document server's JSON API. Any thread. All calls block the caller but the server probe and
 /// the diagnostic variant, so they belong on the background pool (platform::inBackground). An `error` out-argument may
 /// be null; it is written only when there is an error.
-class QBNetworking
+class QBNetworking : public DocumentCalls
 {
 public:
     static QBNetworking &sharedNetworking();
@@ -40,7 +51,7 @@ public:
     QBNetworking(QBGlobeInformation &globe, HttpTransport &transport, platform::UserDefaults &defaults,
                  const ClientServices &services = ClientServices::shared());
     /// Waits for the probes and diagnostic calls in progress; shut the transport down first to make that short.
-    ~QBNetworking();
+    ~QBNetworking() override;
     QBNetworking(const QBNetworking &) = delete;
     QBNetworking &operator=(const QBNetworking &) = delete;
 
@@ -62,9 +73,7 @@ public:
     QString notLoginAccountName() const;
     void setNotLoginAccountName(const QString &name);
     QString internalLinkPrefix() const;
-    qint64 allowperm() const;
     bool autoCasRedirect() const;
-    bool bRequestEntryError() const;
     bool isHttpServer() const;
 
     // URLs.
@@ -78,6 +87,9 @@ public:
     // back.
     QByteArray postWithURL(const QString &url, const QByteArray &body, QBError *error);
     QByteArray postWithURL1(const QString &url, const QByteArray &body, QBError *error);
+    /// For requests with contents that are streamed: a stall time-out of the length of a call stands for the total one.
+    /// An error is logged.
+    ServerAnswer transfer(HttpRequest request);
     void testURLSessionURL(const QString &url, const QByteArray &body, QBError *error);
     bool reachability();
     /// True when something answers the ping of the stored server, whatever it says; path family "/api/v1/" or "/v1/".
@@ -118,6 +130,14 @@ public:
     ServerReply requestCheckClientVersion(QBError *error);
     ServerReply requestDownloadUrl(QBError *error);
 
+    // Contents held in memory; null on failure. DocumentTransfer moves contents of any size.
+    /// `size` bytes from `offset`, fewer at the end of the document.
+    QByteArray requestFileDataWithDocID(const QString &docid, qint64 size, qint64 offset, QBError *error = nullptr);
+    /// The whole document, of a gigabyte at most; `totalSize` may be null.
+    QByteArray requestFileDataWithDocID(const QString &docid, qint64 *totalSize, QBError *error = nullptr);
+    ServerReply requestCreateFileWithParentDocID(const QString &parentDocid, const QString &name, QBError *error);
+    ServerReply requestUploadFileWithDocID(const QString &docid, const QByteArray &contents, QBError *error = nullptr);
+
     /// Told, on the main thread, when a call failed in a way the file-system service's user should hear of.
     void setServiceErrorReporter(std::function<void(const QBError &)> reporter);
 
@@ -127,9 +147,17 @@ private:
     enum class ReplyShape { Object, Array };
     enum class Delivery { Usual, Once }; ///< Once: never sent a second time by the transport itself
 
-    QByteArray send(const QString &url, const QByteArray &body, ReplyShape shape, Delivery delivery, QBError *error);
+    HttpRequest requestFor(const QString &url, const QByteArray &body) const;
+    ServerAnswer exchange(const HttpRequest &request, ReplyShape shape);
+    QByteArray send(const QString &url, const QByteArray &body, ReplyShape shape, QBError *error);
+    ServerReply call(const HttpRequest &request, QBError *error);
     ServerReply call(const QString &url, const QByteArray &body, QBError *error, Delivery delivery = Delivery::Usual);
     ServerReply callOrNothing(const QString &url, const QByteArray &body);
+    HttpRequest requestFor(const DocumentCall &call) const;
+    ServerReply request(const DocumentCall &call, QBError *error) override;
+    ServerList requestList(const DocumentCall &call, ListErrors errors, QBError *error) override;
+    QString currentUserID() const override { return userID(); }
+    void reportToService(const QBError &error) override;
     HttpReply ping(const QString &url, std::chrono::milliseconds timeout);
     void runInBackground(std::function<void()> work);
     bool probe(const QString &server, const QString &authPort, bool https, quint64 attempt);
@@ -147,9 +175,7 @@ private:
     ServerReply updateVersion;
     QString accountNameInProgress;
     QString linkPrefix;
-    qint64 allowedPermissions = 0;
     bool casRedirect = false;
-    bool entryRequestFailed = false;
     bool httpOnly = false;
     std::function<void(const QBError &)> serviceErrorReporter;
     quint64 latestAttempt = 0; ///< of the sign-ins, probes and logouts; only the latest may change the session

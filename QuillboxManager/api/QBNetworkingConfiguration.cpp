@@ -2,10 +2,7 @@
 #include "api/QBNetworking.h"
 #include "api/ServerReplies.h"
 
-#include "platform/Dispatch.h"
 #include "state/QBGlobeInformation.h"
-
-#include <QCoreApplication>
 
 using namespace Qt::StringLiterals;
 
@@ -68,14 +65,7 @@ ServerReply QBNetworking::requestUserInfo()
     const ServerReply reply = call(spliceURL(u"user"_s, u"get"_s), {}, &error);
     if (!error)
         return reply;
-    std::function<void(const QBError &)> reporter;
-    {
-        const std::lock_guard lock(mutex);
-        reporter = serviceErrorReporter;
-    }
-    const QBError shown = QBError::errorForErrorList(error);
-    if (reporter && shown && services.isServiceRunning())
-        platform::dispatchMain(QCoreApplication::instance(), [reporter, shown] { reporter(shown); });
+    reportToService(error);
     return {};
 }
 

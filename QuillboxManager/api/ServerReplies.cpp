@@ -5,7 +5,6 @@
 #include "state/Common.h"
 
 #include <QJsonArray>
-#include <QJsonDocument>
 
 #include <algorithm>
 
@@ -64,10 +63,14 @@ std::optional<QJsonObject> object(const QByteArray &data)
 
 QBError problem(const QByteArray &data, int status, Variant variant)
 {
+    return problem(data, QJsonDocument::fromJson(data), status, variant);
+}
+
+QBError problem(const QByteArray &data, const QJsonDocument &document, int status, Variant variant)
+{
     const QString httpStatus = status >= 400 ? u"HTTP %1"_s.arg(status) : QString();
-    if (data.trimmed().isEmpty())
+    if (QByteArrayView(data).trimmed().isEmpty())
         return status >= 400 ? transportError(TransportError::BadReply, httpStatus) : QBError();
-    const QJsonDocument document = QJsonDocument::fromJson(data);
     if (document.isNull())
         return transportError(TransportError::BadReply, httpStatus);
     const QJsonObject reply = carrierOfError(document, variant);

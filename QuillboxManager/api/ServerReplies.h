@@ -3,6 +3,7 @@
 #include "api/QBError.h"
 
 #include <QByteArray>
+#include <QJsonDocument>
 #include <QJsonObject>
 #include <QJsonValue>
 #include <QString>
@@ -22,6 +23,8 @@ std::optional<QJsonObject> object(const QByteArray &data);
 /// What a reply says went wrong: its "errcode" (an array's in the first element), or that it is no JSON, or an HTTP
 /// error status with nothing to read. No error for any other reply.
 QBError problem(const QByteArray &data, int status, Variant variant);
+/// The same for data that is parsed already.
+QBError problem(const QByteArray &data, const QJsonDocument &document, int status, Variant variant);
 
 /// The error of domain "com.velto" that `reply`, which has an "errcode", describes.
 QBError serverError(const QJsonObject &reply, Variant variant);

@@ -22,8 +22,10 @@ constexpr Text texts[] = {
     {TransportError::ConnectionLost, "TransportConnectionLost", "The connection to the server was lost."},
     {TransportError::TooManyRedirects, "TransportTooManyRedirects", "The server redirected the request too often."},
     {TransportError::BadReply, "TransportBadReply", "The server's reply could not be understood."},
+    {TransportError::BodyUnreadable, "TransportBodyUnreadable", "The document could not be read completely."},
     {TransportError::ReplyTooLarge, "TransportTooLarge", "The server's reply is too large."},
     {TransportError::SecureConnectionFailed, "TransportTLS", "A secure connection to the server could not be made."},
+    {TransportError::CannotWrite, "TransportCannotWrite", "The document could not be stored."},
 };
 
 } // namespace

@@ -15,7 +15,9 @@ enum class TransportError {
     TooManyRedirects = -1007,
     BadReply = -1011,
     ReplyTooLarge = -1103,
+    BodyUnreadable = -1021, ///< what was to be sent could not be read
     SecureConnectionFailed = -1200,
+    CannotWrite = -3003, ///< what arrived could not be kept
 };
 
 /// The error with its text in the user's language (table "Messages", key "Transport…"), in English where the table has

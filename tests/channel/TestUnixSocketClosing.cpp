@@ -46,6 +46,17 @@ private:
 
 const QByteArray moreThanFits(4'000'000, 'x');
 
+/// Connects anew as soon as it hears that reading has failed.
+class Reconnecting : public testing::ClientRecorder
+{
+public:
+    void didFailToReadWithError(GDUnixSocketClient &client, const QBError &error) override
+    {
+        const bool connected = client.connectWithAutoRead(true);
+        add(QStringLiteral("%1, %2").arg(error.code()).arg(connected));
+    }
+};
+
 } // namespace
 
 class TestUnixSocketClosing : public QObject
@@ -60,6 +71,7 @@ private Q_SLOTS:
     void acceptFails();
     void unlinkFails();
     void connectingAgain();
+    void reconnectingWhenReadingFails();
     void manyClientsComeAndGo();
 };
 
@@ -209,6 +221,32 @@ void TestUnixSocketClosing::connectingAgain()
             client->close();
         QCOMPARE(int(client->state()), round % 2 == 0 ? 2 : 1);
     }
+}
+
+void TestUnixSocketClosing::reconnectingWhenReadingFails()
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("socket"));
+    const auto address = SystemSocket::address(path);
+    const platform::FileDescriptor listening = SystemSocket::open();
+    const auto *const record = reinterpret_cast<const sockaddr *>(&*address);
+    QCOMPARE(::bind(listening.get(), record, SystemSocket::addressLength), 0);
+    QCOMPARE(::listen(listening.get(), 5), 0);
+    const auto recorder = std::make_shared<Reconnecting>();
+    const auto client = GDUnixSocketClient::initWithSocketPath(path);
+    client->setDelegate(recorder);
+    QVERIFY(client->connectWithAutoRead(true));
+    const int lost = client->fd();
+    platform::FileDescriptor peer = SystemSocket::accept(listening.get());
+    QCOMPARE(client->writeData("unread"), 6);
+    peer.close(); // with something unread, which the other end sees as a failure and not as the end of the stream
+    QVERIFY(recorder->waitForEvent(QStringLiteral("-3017, 1")));
+
+    QTRY_VERIFY(::fcntl(lost, F_GETFD) < 0); // the loop of the lost connection has ended
+    QCOMPARE(int(client->state()), 1);
+    peer = SystemSocket::accept(listening.get());
+    QCOMPARE(SystemSocket::send(peer.get(), "y", 1), 1);
+    QVERIFY(recorder->waitForBytes(1));
 }
 
 void TestUnixSocketClosing::manyClientsComeAndGo()

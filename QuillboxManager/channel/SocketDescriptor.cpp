@@ -19,10 +19,12 @@ int SocketDescriptor::close()
     const std::lock_guard lock(mutex);
     if (std::exchange(closed, true))
         return 0;
-    ::shutdown(fixedNumber, SHUT_RDWR);
-    if (users > 0 || file.close())
+    if (users > 0) {
+        ::shutdown(fixedNumber, SHUT_RDWR);
         return 0;
-    return errno;
+    }
+    // Nobody to wake: closing alone lets the peer tell a lost connection, one with something unread, from its end.
+    return file.close() ? 0 : errno;
 }
 
 SocketDescriptor::Use::Use(std::shared_ptr<SocketDescriptor> used) : descriptor(std::move(used))

@@ -17,17 +17,6 @@ QJsonObject Account::userInformation() const
             {u"directdepinfos"_s, members.value("directdepinfos"_L1).toArray()}};
 }
 
-QJsonArray Account::quota() const
-{
-    if (members.value("quotainfos"_L1).isArray())
-        return members.value("quotainfos"_L1).toArray();
-    return {QJsonObject{{u"docid"_s, u"gns://%1"_s.arg(userid())},
-                        {u"docname"_s, displayName().isEmpty() ? name() : displayName()},
-                        {u"typename"_s, u"personal"_s},
-                        {u"quota"_s, 5LL << 30},
-                        {u"used"_s, 0}}};
-}
-
 QJsonObject demoAccount()
 {
     return {{u"account"_s, u"demo"_s},

@@ -33,7 +33,6 @@ public:
 
     /// The members of the answer to "user" "get" that the accounts file decides.
     QJsonObject userInformation() const;
-    QJsonArray quota() const;
 
 private:
     QString text(const char *member) const { return members.value(QLatin1String(member)).toString(); }

@@ -14,6 +14,7 @@ CallTable makeCallTable(Services &services)
     addConfigurationCalls(&table, services);
     addUserCalls(&table, services);
     addUpdateCalls(&table, services);
+    addDocumentCalls(&table, services);
     return table;
 }
 

@@ -13,16 +13,6 @@ namespace documentserver
 
 namespace
 {
-constexpr const char *layout = R"(
-PRAGMA journal_mode = WAL;
-PRAGMA synchronous = NORMAL;
-CREATE TABLE IF NOT EXISTS sessions(token BLOB PRIMARY KEY, userid TEXT, account TEXT, expires INTEGER, made INTEGER)
-    WITHOUT ROWID;
-CREATE INDEX IF NOT EXISTS sessions_of_user ON sessions(userid, made);
-CREATE TABLE IF NOT EXISTS attempts(account TEXT PRIMARY KEY, wrong INTEGER, lockeduntil INTEGER, changed INTEGER);
-CREATE TABLE IF NOT EXISTS flags(userid TEXT, name TEXT, value INTEGER, PRIMARY KEY(userid, name));
-)";
-
 [[noreturn]] void fail(sqlite3 *handle)
 {
     throw ApiError{InternalError, {}, u"storage: %1"_s.arg(QString::fromUtf8(sqlite3_errmsg(handle))), {}};
@@ -70,7 +60,7 @@ Database::~Database()
     close();
 }
 
-bool Database::open(const QString &path, QString *error)
+bool Database::open(const QString &path, const char *layout, QString *error)
 {
     // The file must exist with its rights before SQLite derives those of its companions from it.
     QFile file(path);
@@ -111,21 +101,33 @@ sqlite3_stmt *Database::prepared(const char *statement)
     return made;
 }
 
-QList<QVariantList> Database::run(const char *statement, const QVariantList &values)
+void Database::each(const char *statement, const QVariantList &values,
+                    const std::function<void(const QVariantList &)> &taker)
 {
     const auto lock = exclusive();
     sqlite3_stmt *ready = prepared(statement);
     for (qsizetype i = 0; i < values.size(); ++i)
         bind(ready, static_cast<int>(i) + 1, values[i]);
-    QList<QVariantList> rows;
     int step = sqlite3_step(ready);
     for (; step == SQLITE_ROW; step = sqlite3_step(ready))
-        rows.append(row(ready));
+        taker(row(ready));
     sqlite3_reset(ready);
     sqlite3_clear_bindings(ready);
     if (step != SQLITE_DONE)
         fail(handle);
+}
+
+QList<QVariantList> Database::run(const char *statement, const QVariantList &values)
+{
+    QList<QVariantList> rows;
+    each(statement, values, [&rows](const QVariantList &row) { rows.append(row); });
     return rows;
+}
+
+qint64 Database::lastId()
+{
+    const auto lock = exclusive();
+    return sqlite3_last_insert_rowid(handle);
 }
 
 } // namespace documentserver

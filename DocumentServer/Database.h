@@ -3,6 +3,7 @@
 #include <QString>
 #include <QVariantList>
 
+#include <functional>
 #include <map>
 #include <mutex>
 
@@ -12,7 +13,7 @@ struct sqlite3_stmt;
 namespace documentserver
 {
 
-/// The file that keeps sessions, attempts and flags. Every statement is complete on disk, or undone, whatever happens
+/// An SQLite file. Every statement is complete on disk, or undone, whatever happens
 /// to the process. Any thread; statements run one at a time. Failures throw ApiError (InternalError).
 class Database
 {
@@ -22,11 +23,18 @@ public:
     Database(const Database &) = delete;
     Database &operator=(const Database &) = delete;
 
-    bool open(const QString &path, QString *error);
+    /// Opens or makes the file and runs the statements of `layout`, which make what is missing.
+    bool open(const QString &path, const char *layout, QString *error);
     void close();
 
     /// Runs one statement with its "?" filled in and returns the rows. Values: qint64, QString and QByteArray.
     QList<QVariantList> run(const char *statement, const QVariantList &values = {});
+
+    /// The same, a row at a time. The taker must not throw, nor use this database.
+    void each(const char *statement, const QVariantList &values,
+              const std::function<void(const QVariantList &)> &taker);
+    /// The id that the last INSERT gave; ask while holding exclusive().
+    qint64 lastId();
 
     /// Holds other threads off for several statements that belong together.
     std::unique_lock<std::recursive_mutex> exclusive() { return std::unique_lock(mutex); }

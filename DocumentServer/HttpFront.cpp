@@ -8,6 +8,7 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <chrono>
 
 using namespace Qt::StringLiterals;
@@ -17,32 +18,96 @@ namespace documentserver
 
 namespace
 {
-constexpr qsizetype largestBody = 1024 * 1024;
-constexpr size_t mostSkipped = 16 * 1024 * 1024;
+constexpr qint64 mostSkipped = qint64(1) << 30;
+constexpr size_t longestBody = size_t(1) << 51;
+constexpr size_t largestPart = 1024 * 1024;
 constexpr size_t longestPath = 256;
 constexpr size_t mostConnections = 256;
+
+/// Sends what the stream gives, up to the planned cut, after which the connection ends.
+void sendStream(httplib::Response &response, const Reply &reply)
+{
+    const std::shared_ptr<const ReplyStream> stream = reply.stream;
+    // The library announces the length of an empty body only where nobody provides it.
+    if (stream->size() == 0)
+        return response.set_content(std::string(), reply.type.constData());
+    const qint64 end = reply.cutAfter < 0 ? stream->size() : std::min(reply.cutAfter, stream->size());
+    const size_t capacity = std::clamp<size_t>(static_cast<size_t>(stream->size()), 1, largestPart);
+    const std::shared_ptr<char[]> buffer(new char[capacity]); // filled before it is read
+    const auto provide = [=](size_t offset, size_t length, httplib::DataSink &sink) {
+        const qint64 position = static_cast<qint64>(offset);
+        const size_t most = std::min(length, capacity);
+        const qint64 count =
+            stream->read(position, buffer.get(), std::min<qint64>(static_cast<qint64>(most), end - position));
+        return count > 0 && sink.write(buffer.get(), static_cast<size_t>(count));
+    };
+    response.set_content_provider(static_cast<size_t>(stream->size()), reply.type.constData(), provide);
+}
 
 void send(httplib::Response &response, const Reply &reply)
 {
     response.status = reply.status;
+    for (const auto &[name, value] : reply.headers)
+        response.set_header(name.constData(), value.constData());
+    if (reply.stream)
+        return sendStream(response, reply);
+    if (reply.cutAfter >= 0 && reply.cutAfter < reply.body.size()) {
+        Reply cut = reply;
+        cut.stream = std::make_shared<ReplyStream>(reply.body);
+        return sendStream(response, cut);
+    }
     response.set_content(std::string(reply.body.constData(), static_cast<size_t>(reply.body.size())),
                          reply.type.constData());
 }
 
-/// Takes at most `largestBody` bytes and reads past what is more than that; false when the body was too large.
-bool readBody(const httplib::Request &request, const httplib::ContentReader &reader, QByteArray *body)
+/// What the body's type is, under a name that keeps the library from taking the body apart by itself.
+const char *const typeHeader = "Quillbox-Body-Type";
+
+/// Routing is told of a request that nobody else sees yet, so it can still be put right.
+void prepare(const httplib::Request &request)
+{
+    auto &open = const_cast<httplib::Request &>(request);
+    const std::string type = request.get_header_value("Content-Type");
+    open.headers.erase("Content-Type");
+    open.headers.erase(typeHeader);
+    open.headers.emplace(typeHeader, type);
+    // Ranges are asked for in bodies here; of whole replies there are none.
+    if (request.method == "POST")
+        open.ranges.clear();
+}
+
+/// Nothing more is read from this connection.
+void endAfterReply(const httplib::Request &request)
+{
+    auto &open = const_cast<httplib::Request &>(request);
+    open.headers.erase("Connection");
+    open.headers.emplace("Connection", "close");
+}
+
+enum class BodyEnd { Complete, Skipped, Broken };
+
+/// Gives the body to the receiver. Refused bodies are read past, for many clients listen only when they have sent all.
+BodyEnd readBody(const httplib::Request &request, const httplib::ContentReader &reader, BodyReceiver *receiver)
 {
     // A body without length would last until the client hangs up.
     if (!request.has_header("Content-Length") && !request.has_header("Transfer-Encoding"))
-        return true;
-    size_t total = 0;
-    const bool complete = reader([&](const char *data, size_t length) {
+        return BodyEnd::Complete;
+    qint64 total = 0;
+    qint64 skipped = 0;
+    const bool complete = reader([&](const char *data, size_t size) {
+        const qint64 length = static_cast<qint64>(size);
         total += length;
-        if (total <= size_t(largestBody))
-            body->append(data, static_cast<qsizetype>(length));
-        return total <= mostSkipped;
+        if (receiver->cutAfter >= 0 && total > receiver->cutAfter) {
+            cutConnection(request.local_port, request.remote_port);
+            return false;
+        }
+        receiver->take(data, length);
+        skipped += receiver->wantsMore() ? 0 : length;
+        return skipped <= mostSkipped;
     });
-    return complete && total <= size_t(largestBody);
+    if (complete)
+        return BodyEnd::Complete;
+    return skipped > mostSkipped ? BodyEnd::Skipped : BodyEnd::Broken;
 }
 
 QByteArray queryOf(const httplib::Request &request)
@@ -60,8 +125,7 @@ void setSocketOptions(int socket)
 }
 } // namespace
 
-HttpFront::HttpFront(Handler given, FileFinder files, const Identity *identity)
-    : handler(std::move(given)), finder(std::move(files))
+HttpFront::HttpFront(Handlers given, const Identity *identity) : handlers(std::move(given))
 {
     if (identity)
         server = std::make_unique<httplib::SSLServer>(identity->certificate.get(), identity->key.get());
@@ -85,9 +149,10 @@ void HttpFront::limit()
     server->set_keep_alive_timeout(30);
     server->set_read_timeout(10);
     server->set_write_timeout(10);
-    server->set_payload_max_length(mostSkipped);
+    server->set_payload_max_length(longestBody);
     server->set_pre_routing_handler([](const httplib::Request &request, httplib::Response &response) {
         const bool isCall = request.method == "POST" || request.method == "GET" || request.method == "HEAD";
+        prepare(request);
         if (isCall && request.path.size() <= longestPath)
             return httplib::Server::HandlerResponse::Unhandled;
         send(response, replyFor(ApiError{isCall ? UnknownMethod : MethodNotAllowed, {}, {}, {}}));
@@ -116,16 +181,21 @@ void HttpFront::addRoutes()
 void HttpFront::answerCall(const httplib::Request &request, httplib::Response &response,
                            const httplib::ContentReader &reader) const
 {
-    QByteArray body;
-    if (!readBody(request, reader, &body))
-        return send(response, replyFor(ApiError{TooLarge, {}, {}, {}}));
-    send(response, handler(QString::fromStdString(request.path), queryOf(request), body));
+    const RequestHead head{QString::fromStdString(request.path), queryOf(request),
+                           QByteArray::fromStdString(request.get_header_value(typeHeader))};
+    const auto receiver = handlers.receive(head);
+    const BodyEnd end = readBody(request, reader, receiver.get());
+    if (end != BodyEnd::Complete)
+        endAfterReply(request);
+    if (end == BodyEnd::Broken)
+        return send(response, replyFor(ApiError{NotJson, {}, u"the request ends before its end"_s, {}}));
+    send(response, handlers.finish(*receiver));
 }
 
 void HttpFront::answerDownload(const httplib::Request &request, httplib::Response &response) const
 {
     const QString name = QString::fromStdString(request.path).section(u'/', 2);
-    const auto file = std::make_shared<QFile>(finder(name));
+    const auto file = std::make_shared<QFile>(handlers.findFile(name));
     if (file->fileName().isEmpty() || !file->open(QIODevice::ReadOnly))
         return send(response, replyFor(ApiError{UnknownMethod, {}, {}, {}}));
     const auto provide = [file](size_t offset, size_t length, httplib::DataSink &sink) {

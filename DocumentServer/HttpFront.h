@@ -23,13 +23,15 @@ namespace documentserver
 class HttpFront
 {
 public:
-    /// `path`, `query`, `body`. May be called by many threads at once.
-    using Handler = std::function<Reply(const QString &, const QByteArray &, const QByteArray &)>;
-    /// The file behind "/download/NAME"; empty: none.
-    using FileFinder = std::function<QString(const QString &)>;
+    /// What answers. May be called by many threads at once.
+    struct Handlers {
+        std::function<std::unique_ptr<BodyReceiver>(const RequestHead &)> receive;
+        std::function<Reply(BodyReceiver &)> finish;
+        std::function<QString(const QString &)> findFile; ///< the file behind "/download/NAME"; empty: none
+    };
 
     /// A null identity makes it plain HTTP.
-    HttpFront(Handler handler, FileFinder finder, const Identity *identity);
+    HttpFront(Handlers handlers, const Identity *identity);
     ~HttpFront(); ///< stops
     HttpFront(const HttpFront &) = delete;
     HttpFront &operator=(const HttpFront &) = delete;
@@ -47,8 +49,7 @@ private:
                     const httplib::ContentReader &reader) const;
     void answerDownload(const httplib::Request &request, httplib::Response &response) const;
 
-    Handler handler;
-    FileFinder finder;
+    const Handlers handlers;
     std::unique_ptr<httplib::Server> server;
     std::thread listener;
     std::atomic<bool> ended = false; ///< the listener, with all of its connections

@@ -22,25 +22,40 @@ int portOf(const sockaddr_storage &address)
     return -1;
 }
 
-bool isConnectionOn(int descriptor, int port)
+/// The port at the other end of a connection on the port; -1 where the descriptor is none.
+int otherEnd(int descriptor, int port)
 {
     sockaddr_storage address{};
     socklen_t length = sizeof address;
     if (::getsockname(descriptor, reinterpret_cast<sockaddr *>(&address), &length) != 0 || portOf(address) != port)
-        return false;
+        return -1;
     length = sizeof address;
-    return ::getpeername(descriptor, reinterpret_cast<sockaddr *>(&address), &length) == 0;
+    const bool isConnected = ::getpeername(descriptor, reinterpret_cast<sockaddr *>(&address), &length) == 0;
+    return isConnected ? portOf(address) : -1;
+}
+
+/// `remotePort` -1 means every connection.
+void cut(int port, int remotePort)
+{
+    rlimit limit{};
+    ::getrlimit(RLIMIT_NOFILE, &limit);
+    const int end = static_cast<int>(std::min(limit.rlim_cur, mostDescriptors));
+    for (int descriptor = 0; descriptor < end; ++descriptor) {
+        const int other = otherEnd(descriptor, port);
+        if (other >= 0 && (remotePort < 0 || other == remotePort))
+            ::shutdown(descriptor, SHUT_RDWR);
+    }
 }
 } // namespace
 
 void cutConnections(int port)
 {
-    rlimit limit{};
-    ::getrlimit(RLIMIT_NOFILE, &limit);
-    const int end = static_cast<int>(std::min(limit.rlim_cur, mostDescriptors));
-    for (int descriptor = 0; descriptor < end; ++descriptor)
-        if (isConnectionOn(descriptor, port))
-            ::shutdown(descriptor, SHUT_RDWR);
+    cut(port, -1);
+}
+
+void cutConnection(int port, int remotePort)
+{
+    cut(port, remotePort);
 }
 
 } // namespace documentserver

@@ -7,4 +7,7 @@ namespace documentserver
 /// request for a long time, wake up at once.
 void cutConnections(int port);
 
+/// The same for the one connection with this port at its other end.
+void cutConnection(int port, int remotePort);
+
 } // namespace documentserver

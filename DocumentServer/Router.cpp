@@ -1,6 +1,7 @@
 #include "Router.h"
 
 #include <QJsonDocument>
+#include <QUrlQuery>
 
 #include <cstdio>
 
@@ -13,6 +14,7 @@ namespace
 {
 constexpr size_t mostRemembered = 10'000;
 constexpr qsizetype longestName = 64;
+constexpr qsizetype largestBody = 1024 * 1024;
 
 /// The service that the path names, in the current form of addresses or the older one; null for any other path.
 QString serviceOf(const QString &path)
@@ -34,13 +36,8 @@ QJsonObject parseBody(const QByteArray &bytes)
     return document.object();
 }
 
-Reply replyWith(const QJsonObject &object, int status)
-{
-    return {status, QJsonDocument(object).toJson(QJsonDocument::Compact)};
-}
-
 /// The scenario's answer instead of the call's own: a code, an HTTP status, a whole error or any text.
-std::optional<Reply> plannedFailure(const QJsonValue &plan)
+std::optional<Reply> plannedFailure(const QJsonValue &plan, bool inArray)
 {
     if (plan.isUndefined())
         return std::nullopt;
@@ -52,41 +49,116 @@ std::optional<Reply> plannedFailure(const QJsonValue &plan)
     if (number < 1000)
         return Reply{status > 0 ? status : 500, "<html><body>Planned failure</body></html>", "text/html"};
     return replyFor(ApiError{number, object.value("errmsg"_L1).toString(), object.value("causemsg"_L1).toString(),
-                             object.value("detail"_L1).toObject(), status});
-}
-} // namespace
-
-Reply replyFor(const ApiError &error)
-{
-    return replyWith(errorReply(error), httpStatus(error));
+                             object.value("detail"_L1).toObject(), status},
+                    inArray);
 }
 
-Reply Router::handle(const QString &path, const QByteArray &query, const QByteArray &body)
+Call callFor(const RequestHead &head)
 {
-    const QUrlQuery items(QString::fromUtf8(query));
+    const QUrlQuery items(QString::fromUtf8(head.query));
     const auto item = [&items](const QString &key) { return items.queryItemValue(key, QUrl::FullyDecoded); };
     Call call;
-    call.service = serviceOf(path);
+    call.service = serviceOf(head.path);
     call.method = item(u"method"_s);
     call.token = item(u"tokenid"_s);
     call.signature = item(u"sign"_s);
     call.userid = item(u"userid"_s);
-    call.bytes = body;
+    return call;
+}
+
+/// Where the scenario cuts the call off; -1: nowhere.
+qint64 plannedCut(const Call &call, const QString &name)
+{
+    const QJsonValue bytes = call.scenario->object("cut").value(name);
+    return bytes.isDouble() ? std::max<qint64>(0, bytes.toInteger()) : -1;
+}
+
+/// Reads past the body of a request whose answer is known already.
+class DiscardingReceiver : public BodyReceiver
+{
+public:
+    explicit DiscardingReceiver(Reply known) : reply(std::move(known)) {}
+    void take(const char *, qsizetype) override {}
+    Reply finish() override { return reply; }
+    bool wantsMore() const override { return false; }
+
+private:
+    const Reply reply;
+};
+
+Reply reported(const ApiError &error, const QString &name, bool inArray)
+{
+    if (error.code == InternalError)
+        std::fprintf(stderr, "%s failed: %s\n", qPrintable(name), qPrintable(error.cause));
+    return replyFor(error, inArray);
+}
+} // namespace
+
+/// Keeps a body of ordinary size until it is complete, and reads past what is more than that.
+class CollectingReceiver : public BodyReceiver
+{
+public:
+    CollectingReceiver(Router &all, QString callName, Call request)
+        : router(all), name(std::move(callName)), call(std::move(request))
+    {
+    }
+
+    void take(const char *data, qsizetype length) override
+    {
+        isTooLarge = isTooLarge || call.bytes.size() + length > largestBody;
+        if (!isTooLarge)
+            call.bytes.append(data, length);
+    }
+
+    Reply finish() override
+    {
+        if (isTooLarge)
+            return replyFor(ApiError{TooLarge, {}, {}, {}});
+        return router.answer(name, &call);
+    }
+
+    bool wantsMore() const override { return !isTooLarge; }
+
+private:
+    Router &router;
+    const QString name;
+    Call call;
+    bool isTooLarge = false;
+};
+
+std::unique_ptr<BodyReceiver> Router::receive(const RequestHead &head)
+{
+    Call call = callFor(head);
     const QString name = call.service == "ping"_L1 ? call.service : call.service + u'.' + call.method;
+    remember(name.left(longestName));
     try {
-        call.scenario = services.scenario.current();
-        remember(name.left(longestName));
-        if (const auto planned = plannedFailure(call.scenario->object("fail").value(name)))
-            return *planned;
-        return replyWith(answer(&call, name), 200);
+        return receiver(head, name, &call);
     } catch (const ApiError &error) {
-        if (error.code == InternalError)
-            std::fprintf(stderr, "%s failed: %s\n", qPrintable(name), qPrintable(error.cause));
-        return replyFor(error);
+        return std::make_unique<DiscardingReceiver>(reported(error, name, answersWithArray(name)));
     }
 }
 
-QJsonObject Router::answer(Call *call, const QString &name)
+std::unique_ptr<BodyReceiver> Router::receiver(const RequestHead &head, const QString &name, Call *call)
+{
+    call->scenario = services.scenario.current();
+    const auto entry = table.constFind(name);
+    if (entry == table.constEnd() || !entry->receiver)
+        return std::make_unique<CollectingReceiver>(*this, name, std::move(*call));
+    if (auto planned = plannedFailure(call->scenario->object("fail").value(name), false))
+        return std::make_unique<DiscardingReceiver>(std::move(*planned));
+    admit(name, call);
+    auto made = entry->receiver(*call, head);
+    made->cutAfter = plannedCut(*call, name);
+    return made;
+}
+
+bool Router::answersWithArray(const QString &name) const
+{
+    const auto entry = table.constFind(name);
+    return entry != table.constEnd() && entry->answersWithArray;
+}
+
+const CallEntry &Router::admit(const QString &name, Call *call)
 {
     const auto entry = table.constFind(name);
     if (entry == table.constEnd())
@@ -96,8 +168,25 @@ QJsonObject Router::answer(Call *call, const QString &name)
     const bool isOthers = call->session && !call->userid.isEmpty() && call->userid != call->session->userid;
     if (entry->needsToken && (!call->session || isOthers))
         throw ApiError{TokenInvalid, {}, {}, {}};
-    call->body = parseBody(call->bytes);
-    return entry->handler(*call);
+    return *entry;
+}
+
+Reply Router::answer(const QString &name, Call *call)
+{
+    const bool inArray = answersWithArray(name);
+    const auto complete = [&](Reply reply) {
+        reply.cutAfter = plannedCut(*call, name);
+        return reply;
+    };
+    try {
+        if (const auto planned = plannedFailure(call->scenario->object("fail").value(name), inArray))
+            return complete(*planned);
+        const CallEntry &entry = admit(name, call);
+        call->body = parseBody(call->bytes);
+        return complete(entry.handler ? replyWith(entry.handler(*call)) : entry.replyHandler(*call));
+    } catch (const ApiError &error) {
+        return complete(reported(error, name, inArray));
+    }
 }
 
 void Router::remember(const QString &name)

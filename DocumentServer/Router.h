@@ -5,7 +5,6 @@
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
-#include <QUrlQuery>
 
 #include <deque>
 #include <mutex>
@@ -13,30 +12,27 @@
 namespace documentserver
 {
 
-/// What goes back over the wire.
-struct Reply {
-    int status = 200;
-    QByteArray body;
-    QByteArray type = QByteArrayLiteral("application/json; charset=utf-8");
-};
-
-/// The reply that tells an error.
-Reply replyFor(const ApiError &error);
-
-/// Finds the call that an address names, checks token and body, and turns what happens into a reply. Any thread.
+/// Finds the call that an address names, checks token and body, and turns what happens into a reply. Any thread; the
+/// router must outlive its receivers.
 class Router
 {
 public:
     explicit Router(Services &all) : services(all), table(makeCallTable(all)) {}
 
-    /// `path` without query, `query` without "?", both as they came.
-    Reply handle(const QString &path, const QByteArray &query, const QByteArray &body);
+    /// Never null: also what is going to be refused has a body to be read.
+    std::unique_ptr<BodyReceiver> receive(const RequestHead &head);
 
     QStringList calls() const;
     void clearCalls();
 
 private:
-    QJsonObject answer(Call *call, const QString &name);
+    friend class CollectingReceiver;
+
+    std::unique_ptr<BodyReceiver> receiver(const RequestHead &head, const QString &name, Call *call);
+    /// The call's entry, once the token is found good.
+    const CallEntry &admit(const QString &name, Call *call);
+    Reply answer(const QString &name, Call *call);
+    bool answersWithArray(const QString &name) const;
     void remember(const QString &name);
 
     Services &services;

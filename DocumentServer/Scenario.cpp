@@ -18,11 +18,12 @@ namespace
 {
 constexpr qint64 largestScenario = 1024 * 1024;
 constexpr double largestNumber = 1e9;
+constexpr double largestSize = 1e15;
 
 /// Objects whose members the scenario may choose freely.
 bool isOpen(const QString &path)
 {
-    return path == "oem"_L1 || path == "fail"_L1;
+    return path == "oem"_L1 || path == "fail"_L1 || path == "cut"_L1;
 }
 
 /// Values that may have another type than their default.
@@ -35,7 +36,8 @@ bool isAcceptable(const QString &path, const QJsonValue &usual, const QJsonValue
     if (given.type() != usual.type())
         return false;
     const double number = given.toDouble();
-    return !given.isDouble() || (number >= 0 && number <= largestNumber && number == std::floor(number));
+    const double largest = path.startsWith("documents."_L1) ? largestSize : largestNumber;
+    return !given.isDouble() || (number >= 0 && number <= largest && number == std::floor(number));
 }
 
 bool merge(QJsonObject *settings, const QJsonObject &given, const QString &prefix, QString *error)

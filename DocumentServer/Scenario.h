@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QJsonArray>
 #include <QJsonObject>
 #include <QString>
 
@@ -24,6 +25,7 @@ public:
     qint64 number(const char *path) const { return static_cast<qint64>(value(path).toDouble()); }
     QString text(const char *path) const { return value(path).toString(); }
     QJsonObject object(const char *path) const { return value(path).toObject(); }
+    QJsonArray array(const char *path) const { return value(path).toArray(); }
     QJsonValue value(const char *path) const;
 
 private:

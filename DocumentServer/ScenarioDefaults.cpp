@@ -1,5 +1,7 @@
 #include "ScenarioDefaults.h"
 
+#include <QJsonArray>
+
 using namespace Qt::StringLiterals;
 
 namespace documentserver
@@ -46,6 +48,22 @@ QJsonObject organisation()
                                   {u"known"_s, true}}},
     };
 }
+
+QJsonObject documents()
+{
+    return {
+        {u"quota"_s, 5LL << 30},
+        {u"size_limit"_s, 0},
+        {u"revisions"_s, 20},
+        {u"allowperm"_s, 63},
+        {u"permissions"_s, QJsonArray()},
+        {u"banned_types"_s, QJsonArray()},
+        {u"frozen_users"_s, QJsonArray()},
+        {u"frozen_documents"_s, QJsonArray()},
+        {u"unauthenticated_users"_s, QJsonArray()},
+        {u"outbox"_s, QJsonArray()},
+    };
+}
 } // namespace
 
 QJsonObject scenarioDefaults()
@@ -56,6 +74,8 @@ QJsonObject scenarioDefaults()
         all.insert(it.key(), it.value());
     all.insert(u"delay_ms"_s, 0);
     all.insert(u"fail"_s, QJsonObject());
+    all.insert(u"cut"_s, QJsonObject());
+    all.insert(u"documents"_s, documents());
     return all;
 }
 

@@ -21,7 +21,7 @@ struct Running {
     bool listen(QString *error);
     bool listen(std::unique_ptr<HttpFront> *front, std::atomic<int> *bound, int port, const Identity *tls,
                 QString *error);
-    Reply handle(const QString &path, const QByteArray &query, const QByteArray &body);
+    Reply finish(BodyReceiver &receiver);
     QString downloadFile(const QString &name);
 
     Services services;
@@ -32,9 +32,9 @@ struct Running {
     std::unique_ptr<HttpFront> https;
 };
 
-Reply Running::handle(const QString &path, const QByteArray &query, const QByteArray &body)
+Reply Running::finish(BodyReceiver &receiver)
 {
-    const Reply reply = router.handle(path, query, body);
+    const Reply reply = receiver.finish();
     const qint64 delay = services.scenario.current()->number("delay_ms") + services.options.replyDelay;
     pause.wait(std::chrono::milliseconds(delay));
     return reply;
@@ -51,9 +51,11 @@ bool Running::listen(std::unique_ptr<HttpFront> *front, std::atomic<int> *bound,
 {
     if (port < 0)
         return true;
-    *front = std::make_unique<HttpFront>([this](const QString &path, const QByteArray &query,
-                                                const QByteArray &body) { return handle(path, query, body); },
-                                         [this](const QString &name) { return downloadFile(name); }, tls);
+    *front = std::make_unique<HttpFront>(
+        HttpFront::Handlers{[this](const RequestHead &head) { return router.receive(head); },
+                            [this](BodyReceiver &receiver) { return finish(receiver); },
+                            [this](const QString &name) { return downloadFile(name); }},
+        tls);
     const bool listens = (*front)->listen(services.options.host, port, error);
     *bound = (*front)->port();
     return listens;

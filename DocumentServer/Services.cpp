@@ -13,6 +13,16 @@ namespace documentserver
 
 namespace
 {
+constexpr const char *layout = R"(
+PRAGMA journal_mode = WAL;
+PRAGMA synchronous = NORMAL;
+CREATE TABLE IF NOT EXISTS sessions(token BLOB PRIMARY KEY, userid TEXT, account TEXT, expires INTEGER, made INTEGER)
+    WITHOUT ROWID;
+CREATE INDEX IF NOT EXISTS sessions_of_user ON sessions(userid, made);
+CREATE TABLE IF NOT EXISTS attempts(account TEXT PRIMARY KEY, wrong INTEGER, lockeduntil INTEGER, changed INTEGER);
+CREATE TABLE IF NOT EXISTS flags(userid TEXT, name TEXT, value INTEGER, PRIMARY KEY(userid, name));
+)";
+
 bool openDataFolder(const QString &folder, QString *error)
 {
     if (folder.isEmpty()) {
@@ -53,7 +63,7 @@ bool Services::open(QString *error)
            exportCertificate(folder + "/public_key.der"_L1, passwordKey.certificate(), error) &&
            exportCertificate(options.certificateExport, passwordKey.certificate(), error) &&
            accounts.open(accountsFile, ownAccounts, error) && scenario.open(options.scenarioFile, error) &&
-           database.open(folder + "/server.sqlite"_L1, error);
+           database.open(folder + "/server.sqlite"_L1, layout, error) && documents.open(folder, error);
 }
 
 } // namespace documentserver

@@ -6,6 +6,7 @@
 #include "Scenario.h"
 #include "SecondFactor.h"
 #include "Server.h"
+#include "documents/Documents.h"
 
 #include <atomic>
 
@@ -32,6 +33,7 @@ struct Services {
     Outbox outbox;
     SecondFactor secondFactor;
     Credentials credentials;
+    Documents documents;
     std::atomic<int> httpPort = -1;
     std::atomic<int> httpsPort = -1;
 };

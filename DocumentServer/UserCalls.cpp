@@ -42,9 +42,6 @@ void addUserCalls(CallTable *table, Services &services)
 {
     table->insert(u"user.get"_s, {[&services](const Call &call) { return userInformation(call, services); }});
     table->insert(u"user.agreedtotermsofuse"_s, {[&services](const Call &call) { return agree(call, services); }});
-    table->insert(u"entrydoc2.getuserquota"_s, {[&services](const Call &call) {
-                      return QJsonObject{{u"quotainfos"_s, accountOf(call, services).quota()}};
-                  }});
 }
 
 } // namespace documentserver

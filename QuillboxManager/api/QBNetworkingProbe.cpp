@@ -17,7 +17,7 @@ constexpr qsizetype longestLoggedReply = 4096;
 /// A reply as it may stand in a log.
 QString loggable(const QByteArray &reply)
 {
-    static const QRegularExpression secret(u"(\"(?:tokenid|password|ticket)\"\\s*:\\s*\")[^\"]*"_s);
+    static const QRegularExpression secret(u"(\"(?:tokenid|password|ticket)\"\\s*:\\s*\")(?:[^\"\\\\]++|\\\\.)*+"_s);
     return QString::fromUtf8(reply).replace(secret, u"\\1…"_s).left(longestLoggedReply);
 }
 
@@ -53,6 +53,7 @@ void QBNetworking::serverConfigWithServer(const QString &server, const QString &
     const quint64 attempt = beginAttempt();
     globe.clearToken();
     runInBackground([this, server, authPort, attempt, handle = std::move(handle)] {
+        globe.update(); // signed out whatever the probes find
         const bool found = probe(server, authPort, true, attempt) || probe(server, authPort, false, attempt);
         if (handle)
             handle(found ? ServerConfigResult::Succeeded : ServerConfigResult::Failed);

@@ -16,6 +16,8 @@ namespace ServerReplies
 namespace
 {
 
+constexpr qsizetype longestText = 1000; ///< of what a server says in an error: it is shown and searched
+
 bool isOneOf(qint64 code, std::initializer_list<qint64> codes)
 {
     return std::find(codes.begin(), codes.end(), code) != codes.end();
@@ -33,7 +35,7 @@ QString lockOwner(const QString &cause, Variant variant)
 /// The server's own text, else the client's text for the code: never empty.
 QString description(const QJsonObject &reply, qint64 code)
 {
-    const QString own = text(reply.value(u"errmsg"_s));
+    const QString own = text(reply.value(u"errmsg"_s)).left(longestText);
     if (!own.isEmpty())
         return own;
     const QString known = QBError::messageForCode(code);
@@ -85,7 +87,7 @@ QBError serverError(const QJsonObject &reply, Variant variant)
     const QString lockTime = text(reply.value(u"detail"_s).toObject().value(u"remainlockTime"_s));
     if (code == 401020 && !lockTime.isNull())
         userInfo.insert(QBErrorKeys::lockTime(), lockTime);
-    const QString owner = lockOwner(reply.value(u"causemsg"_s).toString(), variant);
+    const QString owner = lockOwner(reply.value(u"causemsg"_s).toString().left(longestText), variant);
     if (isOneOf(code, {403031, 403175, 403176}) && !owner.isNull())
         userInfo.insert(QBErrorKeys::lockUser(), owner);
     return QBError(QBError::serverDomain(), code, userInfo);

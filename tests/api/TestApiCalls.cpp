@@ -373,7 +373,7 @@ void TestApiCalls::keepsSecretsOutOfTheLog()
     account.tokenID = u"verysecrettoken"_s;
     client.globe.setAccount(account);
     server.expect("POST ", ScriptedAnswer::json(R"({"errcode":401001,"errmsg":"forged\nline"})"))
-        .expect("POST ", ScriptedAnswer::json(R"({"tokenid":"othersecret","expires":1})"));
+        .expect("POST ", ScriptedAnswer::json(R"({"tokenid":"half\"othersecret","expires":1})"));
     LogRecorder log;
     QBError error;
     client.networking.getConfig(&error);

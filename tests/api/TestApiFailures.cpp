@@ -181,6 +181,7 @@ void TestApiFailures::probesHttpsThenHttp()
         server.expect("POST /api/v1/ping HTTP/1.1\r\n", answer);
     ApiClient client(u"old.invalid"_s, 1, false);
     client.signIn();
+    QVERIFY(client.globe.update());
     QCOMPARE(static_cast<int>(probeServer(client, u"127.0.0.1"_s, server.portText()).get()), result);
     QCOMPARE(client.globe.account().tokenID, QString());
     QCOMPARE(client.globe.account().name, u"ann"_s);
@@ -189,7 +190,8 @@ void TestApiFailures::probesHttpsThenHttp()
     QCOMPARE(client.networking.isHttpsServer(), https);
     QCOMPARE(client.networking.isHttpServer(), found && !https);
     const QBGlobeInformation stored(client.globe.path(), true);
-    QCOMPARE(stored.server().authPort, found ? server.portText() : QString());
+    QCOMPARE(stored.server().authPort, found ? server.portText() : u"1"_s);
+    QCOMPARE(stored.account().tokenID, QString());
     QCOMPARE(server.complaint(), QString());
 }
 

@@ -18,6 +18,7 @@ private Q_SLOTS:
     void classifiesReplies_data();
     void classifiesReplies();
     void arrayVariantReadsTheFirstElement();
+    void boundsWhatTheServerSays();
     void survivesHostileReplies_data();
     void survivesHostileReplies();
 };
@@ -133,6 +134,15 @@ void TestQBError::arrayVariantReadsTheFirstElement()
     QCOMPARE(problem(object).lockUser(), u"Ann"_s);
     QVERIFY(!problem("[]"));
     QVERIFY(!problem(second));
+}
+
+void TestQBError::boundsWhatTheServerSays()
+{
+    const QByteArray reply = R"({"errcode":403031,"errmsg":")" + QByteArray(1'000'000, 'm') + R"(","causemsg":")" +
+                             QByteArray("locked by ").repeated(100) + R"J(Ann (u1)"})J";
+    const QBError error = ServerReplies::problem(reply, 403, ServerReplies::Variant::Object);
+    QCOMPARE(error.localizedDescription(), QString(1000, u'm'));
+    QVERIFY(error.lockUser().isNull());
 }
 
 void TestQBError::survivesHostileReplies_data()

@@ -6,6 +6,7 @@
 #include "support/LogRecorder.h"
 #include "support/TestMain.h"
 
+#include <QCryptographicHash>
 #include <QJsonDocument>
 #include <QTest>
 

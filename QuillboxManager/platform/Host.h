@@ -16,6 +16,7 @@ namespace platform
 struct RunningApplication {
     QString bundleIdentifier;
     qint64 processId = 0;
+    qint64 startTime = 0; ///< in a unit of the host's own, to be compared only
 };
 
 /// The applications of this user.
@@ -30,6 +31,9 @@ public:
     virtual void terminate(const RunningApplication &application) = 0;
     /// Opens an http, https or file address with the user's program for it; anything else is refused. Main thread.
     virtual bool openURL(const QUrl &url) = 0;
+    /// The same for a web address that lets whoever knows it act as the user: it goes to the program without becoming
+    /// visible to other users of the machine. Main thread.
+    virtual bool openSecretURL(const QUrl &url) = 0;
 };
 
 /// Mounted volumes and the host's disk-image tool.
@@ -105,6 +109,8 @@ public:
     /// A later instance hands over what it was started with (argument list without the program name) and may end right
     /// after. False when the first instance could not be reached.
     virtual bool handOver(const QStringList &arguments) = 0;
+    /// Some instance listens by now.
+    virtual bool firstInstanceListens() = 0;
 };
 
 /// Runs the scripts kept among the resources; each host has its own kind behind the same names.

@@ -3,9 +3,9 @@
 #include "api/QBNetworking.h"
 #include "platform/Dispatch.h"
 #include "platform/Host.h"
+#include "platform/LaunchRequest.h"
 #include "platform/Log.h"
 #include "platform/Task.h"
-#include "platform/linux/LaunchRequest.h"
 #include "shell/AppUpdateFlag.h"
 #include "shell/FirstRunRegistration.h"
 #include "shell/ShellStrings.h"
@@ -182,7 +182,9 @@ void AppDelegate::handleLoginStatusDidChanged()
 {
     ++session;
     flow.closeLoginWindow();
-    loginSuccess.handleLoginStatusDidChanged([this](const std::optional<QString> &text) {
+    loginSuccess.handleLoginStatusDidChanged([this, current = session](const std::optional<QString> &text) {
+        if (current != session)
+            return;
         if (text)
             showAgreement(*text);
         else

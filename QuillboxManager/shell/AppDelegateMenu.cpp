@@ -149,7 +149,7 @@ void AppDelegate::showQuillboxWeb()
         this, [&networking = context.networking] { return askForWebClientAddress(networking); },
         [this](const std::optional<QString> &address) {
             if (address)
-                context.host.workspace.openURL(QUrl(*address));
+                context.host.workspace.openSecretURL(QUrl(*address));
             else
                 context.present(QBAlert::defaultQBAlertWithShowsSuppressionButton(false, QBError::errorForNetBreak()),
                                 [](int) {});

@@ -16,8 +16,16 @@ namespace shell
 namespace SingleInstance
 {
 
-/// Another process of this user runs the bundle with this identifier. False without an identifier.
-bool otherCopyRuns(const platform::Workspace &workspace, const QString &bundleIdentifier, qint64 ownProcessId);
+/// Other processes of this user that run the same bundle, as seen from one of them. Of copies that start together the
+/// one with the earlier start time, then with the smaller process id, is the oldest: exactly one is left.
+enum class OtherCopies {
+    None,
+    Younger, ///< they are to end, unless the one that asks became this application late in its life
+    Older,
+};
+
+/// None without an identifier.
+OtherCopies otherCopies(const platform::Workspace &workspace, const QString &bundleIdentifier, qint64 ownProcessId);
 
 /// Ends this process' part when another copy runs: hands `arguments` (without the program name) over to it and returns
 /// true; the caller then returns 0 from `main` without any window.

@@ -10,11 +10,13 @@
 #include "platform/linux/LinuxWorkspace.h"
 #include "platform/linux/MountTable.h"
 #include "platform/linux/PlacesFiles.h"
+#include "platform/linux/SessionBus.h"
 #include "support/TestMain.h"
 
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
+#include <QTemporaryFile>
 #include <QTest>
 
 #include <csignal>
@@ -97,6 +99,7 @@ private Q_SLOTS:
     void readsBundle();
     void findsAndEndsApplications();
     void opensOnlySafeAddresses();
+    void opensSecretsInAPage();
     void findsFolders();
     void temporaryFolderIsPrivate();
 };
@@ -298,10 +301,18 @@ void TestLinuxHost::findsAndEndsApplications()
     const auto application = Task::launch(path + QStringLiteral("/Contents/MacOS/Main"), minute);
     const auto helper = Task::launch(path + QStringLiteral("/Contents/MacOS/Helper"), minute);
     QVERIFY(application && helper);
-    LinuxWorkspace workspace;
+    LinuxFolders folders;
+    SessionBus bus;
+    LinuxWorkspace workspace(folders, bus);
     const auto found = workspace.runningApplications(identifier);
     QCOMPARE(found.size(), 1);
     QCOMPARE(found.first().processId, application->processId());
+    const auto later = Task::launch(path + QStringLiteral("/Contents/MacOS/Main"), minute);
+    for (const RunningApplication &copy : workspace.runningApplications(identifier))
+        if (copy.processId == later->processId())
+            QVERIFY(copy.startTime >= found.first().startTime && found.first().startTime > 0);
+    ::kill(static_cast<pid_t>(later->processId()), SIGKILL);
+    QTRY_COMPARE(workspace.runningApplications(identifier).size(), 1);
     QVERIFY(workspace.runningApplications(QStringLiteral("com.example.none")).isEmpty());
     QVERIFY(workspace.runningApplications(QString()).isEmpty());
     // An update replaces the file under the running process.
@@ -330,7 +341,9 @@ void TestLinuxHost::opensOnlySafeAddresses()
               QFile::encodeName(record) + ".new' '" + QFile::encodeName(record) + "'\n",
           0755);
     const Variable path("PATH", folder.path() + u':' + qEnvironmentVariable("PATH"));
-    LinuxWorkspace workspace;
+    LinuxFolders folders;
+    SessionBus bus;
+    LinuxWorkspace workspace(folders, bus);
     for (const char *refused : {"", "/etc/passwd", "javascript:alert(1)", "ftp://h/", "mailto:a", "data:,x",
                                 "http:///x", "quillbox://x", "file://server/share", "-x"})
         QVERIFY2(!workspace.openURL(QUrl(QString::fromLatin1(refused))), refused);
@@ -340,6 +353,36 @@ void TestLinuxHost::opensOnlySafeAddresses()
     QVERIFY(QFile::remove(record));
     QVERIFY(workspace.openURL(QUrl::fromLocalFile(folder.path())));
     QTRY_VERIFY(QFile::exists(record));
+}
+
+/// What the argument list of the desktop's program shows is for everybody; the page it names is for us alone.
+void TestLinuxHost::opensSecretsInAPage()
+{
+    QTemporaryDir folder;
+    const QString record = folder.filePath(QStringLiteral("record"));
+    write(folder.filePath(QStringLiteral("xdg-open")),
+          "#!/bin/sh\nprintf '%s' \"$*\" >'" + QFile::encodeName(record) + ".new'\nmv '" + QFile::encodeName(record) +
+              ".new' '" + QFile::encodeName(record) + "'\n",
+          0755);
+    const Variable path("PATH", folder.path() + u':' + qEnvironmentVariable("PATH"));
+    const Variable temporary("XDG_RUNTIME_DIR", folder.path());
+    const Variable none("DBUS_SESSION_BUS_ADDRESS", QString());
+    LinuxFolders folders;
+    SessionBus bus;
+    LinuxWorkspace workspace(folders, bus);
+    for (const char *refused : {"", "javascript:alert(1)", "file:///etc/passwd", "http:///x"})
+        QVERIFY2(!workspace.openSecretURL(QUrl(QString::fromLatin1(refused))), refused);
+    QVERIFY(workspace.openSecretURL(QUrl(QStringLiteral("https://h/login?tokenid=s3cret&a=\"><b>"))));
+    QTRY_VERIFY(QFile::exists(record));
+    const QByteArray words = contentOf(record);
+    QVERIFY2(words.startsWith("file:///") && !words.contains("s3cret"), words.constData());
+    const QString page = QUrl(QString::fromUtf8(words)).toLocalFile();
+    struct stat information = {};
+    QCOMPARE(::stat(QFile::encodeName(page).constData(), &information), 0);
+    QCOMPARE(information.st_mode & 07777, mode_t{0600});
+    QVERIFY(contentOf(page).contains("content=\"0;url=https://h/login?tokenid=s3cret&amp;a=%22%3E%3Cb%3E\""));
+    delete QCoreApplication::instance()->findChild<QTemporaryFile *>();
+    QVERIFY(!QFile::exists(page));
 }
 
 void TestLinuxHost::findsFolders()

@@ -1,4 +1,4 @@
-#include "platform/linux/LaunchRequest.h"
+#include "platform/LaunchRequest.h"
 #include "platform/linux/LinuxDistributedNotifications.h"
 #include "platform/linux/LinuxLaunchEvents.h"
 #include "platform/linux/SessionBus.h"

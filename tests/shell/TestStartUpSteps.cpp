@@ -13,12 +13,15 @@
 #include <QTest>
 
 #include <atomic>
+#include <utility>
 
 using namespace testing;
 using platform::PropertyList::readDictionary;
 
 namespace
 {
+using Copy = std::pair<qint64, qint64>; ///< process id and start time
+
 /// A shell script that keeps the arguments of each run, one line a run.
 QString recordingTool(const QTemporaryDir &folder, const QString &log)
 {
@@ -59,27 +62,34 @@ private Q_SLOTS:
 
 void TestStartUpSteps::otherCopy_data()
 {
+    using shell::SingleInstance::OtherCopies;
     QTest::addColumn<QString>("own");
-    QTest::addColumn<QList<qint64>>("same");
-    QTest::addColumn<bool>("yields");
+    QTest::addColumn<QList<Copy>>("copies");
+    QTest::addColumn<OtherCopies>("found");
     const QString name = QStringLiteral("com.velto.quillbox");
-    QTest::newRow("alone") << name << QList<qint64>{10} << false;
-    QTest::newRow("not even listed") << name << QList<qint64>{} << false;
-    QTest::newRow("another") << name << QList<qint64>{10, 11} << true;
-    QTest::newRow("another, listed first") << name << QList<qint64>{9, 10} << true;
-    QTest::newRow("no identifier") << QString() << QList<qint64>{11} << false;
+    const Copy self{10, 100};
+    QTest::newRow("alone") << name << QList<Copy>{self} << OtherCopies::None;
+    QTest::newRow("not even listed") << name << QList<Copy>{} << OtherCopies::None;
+    QTest::newRow("older") << name << QList<Copy>{self, {9, 99}} << OtherCopies::Older;
+    QTest::newRow("older, numbered higher") << name << QList<Copy>{{11, 99}, self} << OtherCopies::Older;
+    QTest::newRow("younger, numbered lower") << name << QList<Copy>{self, {9, 101}} << OtherCopies::Younger;
+    QTest::newRow("same instant, smaller number") << name << QList<Copy>{self, {9, 100}} << OtherCopies::Older;
+    QTest::newRow("same instant, larger number") << name << QList<Copy>{self, {11, 100}} << OtherCopies::Younger;
+    QTest::newRow("one of each") << name << QList<Copy>{{11, 101}, self, {12, 7}} << OtherCopies::Older;
+    QTest::newRow("self unseen") << name << QList<Copy>{{11, 101}} << OtherCopies::Older;
+    QTest::newRow("no identifier") << QString() << QList<Copy>{{11, 1}} << OtherCopies::None;
 }
 
 void TestStartUpSteps::otherCopy()
 {
     QFETCH(QString, own);
-    QFETCH(QList<qint64>, same);
-    QFETCH(bool, yields);
+    QFETCH(QList<Copy>, copies);
+    QFETCH(shell::SingleInstance::OtherCopies, found);
     FakeWorkspace workspace;
-    workspace.running = {{QStringLiteral("com.velto.FUSEService"), 50}};
-    for (const qint64 processId : same)
-        workspace.running.append({own, processId});
-    QCOMPARE(shell::SingleInstance::otherCopyRuns(workspace, own, 10), yields);
+    workspace.running = {{QStringLiteral("com.velto.FUSEService"), 50, 1}};
+    for (const auto &[processId, startTime] : copies)
+        workspace.running.append({own, processId, startTime});
+    QCOMPARE(shell::SingleInstance::otherCopies(workspace, own, 10), found);
 }
 
 void TestStartUpSteps::registration_data()

@@ -17,6 +17,7 @@ struct FakeWorkspace : platform::Workspace {
     mutable QStringList asked; ///< bundle identifiers
     QList<platform::RunningApplication> terminated;
     QList<QUrl> opened;
+    QList<QUrl> openedInSecret;
     bool opens = true;
 
     QList<platform::RunningApplication> runningApplications(const QString &bundleIdentifier) const override
@@ -32,6 +33,11 @@ struct FakeWorkspace : platform::Workspace {
     bool openURL(const QUrl &url) override
     {
         opened.append(url);
+        return opens;
+    }
+    bool openSecretURL(const QUrl &url) override
+    {
+        openedInSecret.append(url);
         return opens;
     }
 };
@@ -92,6 +98,7 @@ struct FakeLaunchEvents : platform::LaunchEvents {
     Handlers handlers; ///< to be called by the test, as a later launch would
     QList<QStringList> handedOver;
     bool reachesFirst = true;
+    bool listens = false;
 
     void listen(QObject *object, Handlers given) override
     {
@@ -103,6 +110,7 @@ struct FakeLaunchEvents : platform::LaunchEvents {
         handedOver.append(arguments);
         return reachesFirst;
     }
+    bool firstInstanceListens() override { return listens; }
 };
 
 struct FakeScripts : platform::Scripts {

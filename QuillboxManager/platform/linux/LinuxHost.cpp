@@ -40,7 +40,7 @@ struct LinuxHost {
 
     SessionBus bus;
     LinuxScripts scripts{Bundle::main().resourcePath()};
-    LinuxWorkspace workspace;
+    LinuxWorkspace workspace{linuxFolders(), bus};
     LinuxVolumes volumes{scripts};
     LinuxDeviceIdentity device;
     LinuxFileSystemDriver driver;

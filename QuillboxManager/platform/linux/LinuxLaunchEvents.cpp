@@ -1,8 +1,8 @@
 #include "platform/linux/LinuxLaunchEvents.h"
 
 #include "platform/Dispatch.h"
+#include "platform/LaunchRequest.h"
 #include "platform/Log.h"
-#include "platform/linux/LaunchRequest.h"
 #include "platform/linux/SessionBus.h"
 
 #include <QDBusConnection>
@@ -121,20 +121,24 @@ void LinuxLaunchEvents::offer(QDBusConnection connection)
         log(QStringLiteral("Later launches cannot be noticed: the name %1 is taken").arg(serviceName()));
 }
 
+bool LinuxLaunchEvents::firstInstanceListens()
+{
+    const QDBusConnection connection = bus.connection();
+    return connection.isConnected() && connection.interface()->isServiceRegistered(serviceName());
+}
+
 bool LinuxLaunchEvents::waitForFirstInstance()
 {
     constexpr unsigned long pauseMilliseconds = 20;
     const QDeadlineTimer deadline(patience);
-    for (;;) {
-        const QDBusConnection connection = bus.connection();
-        if (!connection.isConnected())
-            return false;
-        if (connection.interface()->isServiceRegistered(serviceName()))
+    while (bus.connection().isConnected()) {
+        if (firstInstanceListens())
             return true;
         if (deadline.hasExpired())
-            return false;
+            break;
         QThread::msleep(pauseMilliseconds);
     }
+    return false;
 }
 
 bool LinuxLaunchEvents::handOver(const QStringList &arguments)

@@ -26,6 +26,7 @@ public:
 
     void listen(QObject *observer, Handlers handlers) override;
     bool handOver(const QStringList &arguments) override;
+    bool firstInstanceListens() override;
 
 private:
     class Receiver;

@@ -1,9 +1,13 @@
 #include "platform/linux/LinuxWorkspace.h"
 
+#include "platform/BoundedFile.h"
 #include "platform/Bundle.h"
 #include "platform/FileDescriptor.h"
 #include "platform/HostProcess.h"
 #include "platform/Task.h"
+#include "platform/linux/DesktopPortal.h"
+#include "platform/linux/RedirectPage.h"
+#include "platform/linux/SessionBus.h"
 
 #include <QFile>
 #include <QHash>
@@ -11,6 +15,7 @@
 #include <climits>
 #include <csignal>
 #include <dirent.h>
+#include <limits>
 #include <memory>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -53,6 +58,30 @@ QString executableOf(qint64 processId)
     return path;
 }
 
+/// Clock ticks from the boot of the machine; the largest number when the process is gone.
+qint64 startTimeOf(qint64 processId)
+{
+    constexpr qsizetype largestLine = 4096;
+    constexpr qsizetype startTimeField = 19; // behind the name, which may hold blanks and brackets
+    const QString path = QFile::decodeName(processFolder(processId) + "/stat");
+    const QByteArray line = readBoundedFile(path, largestLine).value_or(QByteArray());
+    bool isNumber = false;
+    const qint64 ticks = line.mid(line.lastIndexOf(')') + 2).split(' ').value(startTimeField).toLongLong(&isNumber);
+    return isNumber ? ticks : std::numeric_limits<qint64>::max();
+}
+
+bool isWebAddress(const QUrl &url)
+{
+    const QString scheme = url.scheme();
+    return url.isValid() && !url.host().isEmpty() &&
+           (scheme == QLatin1String("http") || scheme == QLatin1String("https"));
+}
+
+bool openWithDesktop(const QUrl &url)
+{
+    return Task::launch(QStringLiteral("xdg-open"), {QString::fromLatin1(url.toEncoded())}) != nullptr;
+}
+
 /// Bundle identifiers by executable, each Info.plist read once.
 class IdentifierBook
 {
@@ -84,7 +113,7 @@ QList<RunningApplication> LinuxWorkspace::runningApplications(const QString &bun
     IdentifierBook book;
     for (const qint64 processId : processesOfUser())
         if (!bundleIdentifier.isEmpty() && book.of(executableOf(processId)) == bundleIdentifier)
-            applications.append({bundleIdentifier, processId});
+            applications.append({bundleIdentifier, processId, startTimeOf(processId)});
     return applications;
 }
 
@@ -106,13 +135,23 @@ void LinuxWorkspace::terminate(const RunningApplication &application)
 
 bool LinuxWorkspace::openURL(const QUrl &url)
 {
-    const QString scheme = url.scheme();
-    const bool isWeb = (scheme == QLatin1String("http") || scheme == QLatin1String("https")) && !url.host().isEmpty();
-    const bool isFile = url.isLocalFile() && url.host().isEmpty();
-    if (!url.isValid() || (!isWeb && !isFile))
+    const bool isFile = url.isValid() && url.isLocalFile() && url.host().isEmpty();
+    return (isFile || isWebAddress(url)) && openWithDesktop(url);
+}
+
+bool LinuxWorkspace::openSecretURL(const QUrl &url)
+{
+    if (!isWebAddress(url))
         return false;
-    const QString address = QString::fromLatin1(url.toEncoded());
-    return Task::launch(QStringLiteral("xdg-open"), {address}) != nullptr;
+    const QString page = RedirectPage::write(folders.temporary(), url);
+    if (page.isNull())
+        return false;
+    // A browser in a sandbox sees the page only through the portal.
+    DesktopPortal::openFile(bus.connection(), page, [page](bool opened) {
+        if (!opened)
+            openWithDesktop(QUrl::fromLocalFile(page));
+    });
+    return true;
 }
 
 } // namespace platform

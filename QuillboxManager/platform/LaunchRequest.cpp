@@ -1,4 +1,4 @@
-#include "platform/linux/LaunchRequest.h"
+#include "platform/LaunchRequest.h"
 
 #include <algorithm>
 

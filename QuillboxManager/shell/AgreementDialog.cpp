@@ -53,8 +53,8 @@ void AgreementDialog::windowDidLoad()
 {
     const QString title = platform::localizedString(ShellStrings::agreementTitle());
     window()->setWindowTitle(title);
+    // No button of the window manager: the window can only be left by accepting.
     window()->setWindowFlags(Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint);
-    StyleKit::dressWindow(window(), StyleKit::Resizing::Free);
     name(txtViewUserProtocol, QStringLiteral("txtViewUserProtocol"), title);
     txtViewUserProtocol->setReadOnly(true);
     txtViewUserProtocol->setMinimumSize(TextSize);

@@ -28,6 +28,7 @@ protected:
     QWidget *loadWindow() override;
     void windowDidLoad() override;
     bool windowShouldClose() override { return false; }
+    bool isResizable() const override { return true; }
 
 private:
     void observeCheckBox();

@@ -3,6 +3,8 @@
 #include "api/HttpTransport.h"
 #include "platform/Dispatch.h"
 
+#include <QCoreApplication>
+
 #include <cstdio>
 #include <cstdlib>
 
@@ -12,6 +14,12 @@ namespace shell
 namespace
 {
 constexpr std::chrono::milliseconds Patience{500};
+}
+
+void endEventLoop()
+{
+    // `quit` asks every window to close first and stays when one of them will not.
+    QCoreApplication::exit(0);
 }
 
 int endProcess(int status)

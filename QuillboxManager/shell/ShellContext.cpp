@@ -3,8 +3,7 @@
 #include "api/QBNetworking.h"
 #include "platform/Host.h"
 #include "platform/UserDefaults.h"
-
-#include <QCoreApplication>
+#include "shell/ProcessEnd.h"
 
 namespace shell
 {
@@ -22,7 +21,7 @@ ShellContext ShellContext::ofApplication()
         .bundle = bundle,
         .windows = LoginWindowFactory::standard(),
         .fontNames = [installedFont] { return FontSetup::availableFontNames(installedFont); },
-        .endEventLoop = [] { QCoreApplication::quit(); },
+        .endEventLoop = shell::endEventLoop,
     };
 }
 

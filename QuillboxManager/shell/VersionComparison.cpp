@@ -1,5 +1,7 @@
 #include "shell/VersionComparison.h"
 
+#include "platform/Localization.h"
+
 #include <QStringList>
 
 namespace shell
@@ -60,11 +62,10 @@ qint64 leadingInteger(const QString &text)
 
 QString threeComponentVersion(const QString &version)
 {
+    const QString none = QStringLiteral("0");
     const QStringList components = version.split(u'.', Qt::SkipEmptyParts);
-    QStringList taken;
-    for (qsizetype index = 0; index < 3; ++index)
-        taken.append(components.value(index, QStringLiteral("0")));
-    return taken.join(u'.');
+    return platform::fillPlaceholders(
+        QStringLiteral("%@.%@.%@"), {components.value(0, none), components.value(1, none), components.value(2, none)});
 }
 
 } // namespace shell

@@ -95,6 +95,14 @@ QWidget *DelegateFixture::visibleWindow(const QString &name)
     return nullptr;
 }
 
+QStringList DelegateFixture::allEntries(AppDelegate &delegate)
+{
+    QStringList names;
+    for (const QAction *action : delegate.statusMenu().menu()->actions())
+        names.append(action->objectName());
+    return names;
+}
+
 QStringList DelegateFixture::visibleEntries(AppDelegate &delegate)
 {
     QStringList names;

@@ -39,6 +39,7 @@ struct DelegateFixture : ShellFixture {
     bool serverWindowShows() { return isVisible(delegate().loginFlow().serverSettingWindow()); }
     static bool isVisible(const QBWindowController *controller) { return controller && controller->isVisible(); }
     static QWidget *visibleWindow(const QString &name);
+    static QStringList allEntries(AppDelegate &delegate);
     static QStringList visibleEntries(AppDelegate &delegate);
     QStringList posted() const;
 

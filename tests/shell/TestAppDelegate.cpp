@@ -1,6 +1,7 @@
 #include "DelegateFixture.h"
 
 #include "platform/PropertyList.h"
+#include "shell/ProcessEnd.h"
 #include "state/NotificationNames.h"
 #include "support/LogRecorder.h"
 #include "support/TestMain.h"
@@ -8,9 +9,11 @@
 #include <QAbstractButton>
 #include <QAction>
 #include <QElapsedTimer>
+#include <QEventLoop>
 #include <QFile>
 #include <QPlainTextEdit>
 #include <QTest>
+#include <QTimer>
 
 #include <csignal>
 
@@ -49,12 +52,14 @@ private Q_SLOTS:
     void runTimeEntries_data();
     void runTimeEntries();
     void lateAnswerAddsNothing();
+    void lateAgreementOpensNothing();
     void validators();
     void flips();
     void reopen_data();
     void reopen();
     void quits_data();
     void quits();
+    void endsBesideWindowsThatStay();
     void webClient();
     void relaunchFinder_data();
     void relaunchFinder();
@@ -245,8 +250,12 @@ void TestAppDelegate::serviceEndSignsOut()
     fixture.addLastingService();
     fixture.signInAtServer();
     AppDelegate &delegate = fixture.delegate();
-    delegate.showQuillboxVolume();
+    const auto entries = [&] { return DelegateFixture::allEntries(delegate); };
+    const QStringList usual = entries();
+    delegate.userProtocolShowVolume();
     QTRY_VERIFY(!fixture.serviceNote(u"pid"_s).isEmpty());
+    QTRY_COMPARE(entries().mid(7, 2), (QStringList{u"openMyFavorites"_s, u"changePassword"_s}));
+    QVERIFY(DelegateFixture::visibleEntries(delegate).contains(u"changePassword"_s));
     QVERIFY(DelegateFixture::visibleEntries(delegate).contains(u"performLogout"_s));
     QVERIFY(!fixture.loginShows());
     ::kill(fixture.serviceNote(u"pid"_s).toInt(), SIGKILL);
@@ -254,6 +263,7 @@ void TestAppDelegate::serviceEndSignsOut()
     QVERIFY(!delegate.isWatchingService());
     QCOMPARE(fixture.host.sidebar.removed, QStringList{u"Quillbox"_s});
     QVERIFY(!DelegateFixture::visibleEntries(delegate).contains(u"performLogout"_s));
+    QCOMPARE(entries(), usual);
     QVERIFY(!fixture.server->server->calls().contains(u"auth1.logout"_s));
 
     // The next sign-in starts it again and resumes the watch.
@@ -346,12 +356,7 @@ void TestAppDelegate::runTimeEntries()
     fixture.useServer({{u"server_version"_s, version}});
     fixture.signInAtServer();
     AppDelegate &delegate = fixture.delegate();
-    const auto names = [&] {
-        QStringList found;
-        for (const QAction *action : delegate.statusMenu().menu()->actions())
-            found.append(action->objectName());
-        return found;
-    };
+    const auto names = [&] { return DelegateFixture::allEntries(delegate); };
     const QStringList before = names();
     for (int round = 0; round < 2; ++round) {
         delegate.addChangePasswordMenuItem();
@@ -375,6 +380,23 @@ void TestAppDelegate::lateAnswerAddsNothing()
     QTRY_VERIFY(fixture.server->server->calls().contains(u"auth1.getconfig"_s));
     QTest::qWait(400);
     QCOMPARE(delegate.statusMenu().menu()->actions().size(), before);
+}
+
+/// The companion ended while the server was still asked about the terms: whoever signs in next starts anew.
+void TestAppDelegate::lateAgreementOpensNothing()
+{
+    DelegateFixture fixture;
+    fixture.addLastingService();
+    fixture.signInAtServer();
+    AppDelegate &delegate = fixture.delegate();
+    delegate.addObservers();
+    QVERIFY(fixture.server->useScenario({{u"delay_ms"_s, 150}}));
+    fixture.postLoginSuccess();
+    delegate.logoutOnManager();
+    QTRY_VERIFY(fixture.server->server->calls().contains(u"user.get"_s)); // the second and last question
+    QTest::qWait(400);
+    QVERIFY(!delegate.serviceRunning());
+    QVERIFY(fixture.loginShows());
 }
 
 void TestAppDelegate::validators()
@@ -490,20 +512,37 @@ void TestAppDelegate::quits()
     ::kill(fixture.serviceNote(u"pid"_s).toInt(), SIGKILL);
 }
 
+/// The terms refuse to be closed; that must not keep the application from ending.
+void TestAppDelegate::endsBesideWindowsThatStay()
+{
+    DelegateFixture fixture;
+    shell::AgreementDialog dialog(fixture.networking, fixture.center, fixture.alerts.presenter());
+    dialog.showWindow();
+    QVERIFY((dialog.window()->windowFlags() & Qt::WindowCloseButtonHint) == 0);
+    QEventLoop loop;
+    QTimer::singleShot(0, &loop, [] { shell::endEventLoop(); });
+    QTimer tooLong;
+    connect(&tooLong, &QTimer::timeout, &loop, [&loop] { loop.exit(1); });
+    tooLong.start(5000);
+    QCOMPARE(loop.exec(), 0);
+    QVERIFY(tooLong.isActive() && dialog.isVisible());
+}
+
 void TestAppDelegate::webClient()
 {
     DelegateFixture fixture;
     fixture.signInAtServer();
     fixture.delegate().showQuillboxWeb();
-    QTRY_COMPARE(fixture.host.workspace.opened.size(), 1);
-    const QUrl url = fixture.host.workspace.opened.first();
+    QTRY_COMPARE(fixture.host.workspace.openedInSecret.size(), 1);
+    const QUrl url = fixture.host.workspace.openedInSecret.first();
     QCOMPARE(url.path(), u"/login"_s);
     QVERIFY(url.query().contains(fixture.globe.account().tokenID));
     QVERIFY(url.port() > 0);
     fixture.server->server->stop();
     fixture.delegate().showQuillboxWeb();
     QTRY_COMPARE_WITH_TIMEOUT(fixture.alerts.texts.size(), 1, 10000);
-    QCOMPARE(fixture.host.workspace.opened.size(), 1);
+    QCOMPARE(fixture.host.workspace.openedInSecret.size(), 1);
+    QVERIFY(fixture.host.workspace.opened.isEmpty());
 }
 
 void TestAppDelegate::relaunchFinder_data()

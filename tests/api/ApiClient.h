@@ -13,15 +13,19 @@
 
 /// An API client of its own: store, settings, password key and transport are new, nothing is shared.
 struct ApiClient {
-    ApiClient(const QString &address, int port, bool https)
+    ApiClient(const QString &address, int port, bool https,
+              std::chrono::milliseconds timeout = std::chrono::milliseconds(400))
+        : callTimeout(timeout)
     {
         QFile file(certificatePath());
         if (!file.open(QIODevice::WriteOnly) || file.write(pair.certificate) < 0)
             qFatal("no temporary folder");
         globe.setServer({address, QString::number(port), https});
     }
-    explicit ApiClient(const testing::ScriptedServer &server)
-        : ApiClient(QStringLiteral("127.0.0.1"), server.port(), server.url().startsWith(QLatin1String("https")))
+    explicit ApiClient(const testing::ScriptedServer &server,
+                       std::chrono::milliseconds timeout = std::chrono::milliseconds(400))
+        : ApiClient(QStringLiteral("127.0.0.1"), server.port(), server.url().startsWith(QLatin1String("https")),
+                    timeout)
     {
     }
     ~ApiClient() { transport.shutDown(); }
@@ -45,7 +49,7 @@ struct ApiClient {
         own.version = QStringLiteral("9.8.7");
         own.passwordChangeSalt = "qvxzt.kmn";
         own.isServiceRunning = [this] { return serviceRuns; };
-        own.callTimeout = std::chrono::milliseconds(400);
+        own.callTimeout = callTimeout;
         own.reachabilityTimeout = std::chrono::milliseconds(400);
         own.probeTimeout = std::chrono::milliseconds(400);
         return own;
@@ -57,6 +61,7 @@ struct ApiClient {
         return pair.decrypt(QByteArray::fromBase64(cipher.toString().toLatin1()));
     }
 
+    const std::chrono::milliseconds callTimeout;
     bool serviceRuns = false;
     QTemporaryDir folder;
     testing::TestCertificate pair = testing::TestCertificate::make();

@@ -11,9 +11,9 @@ using platform::log;
 
 CompanionService::CompanionService(QBGlobeInformation &sessionRecord,
                                    platform::DistributedNotificationCenter &notifications, const QString &path,
-                                   QObject *parent)
+                                   std::function<bool()> mount, QObject *parent)
     : QObject(parent), session(sessionRecord), distributed(notifications), socketPath(path),
-      receiver(std::make_shared<MessageReceiver>())
+      mountVolume(std::move(mount)), receiver(std::make_shared<MessageReceiver>())
 {
 }
 
@@ -30,10 +30,14 @@ int CompanionService::start()
     }
     if (!listen())
         return CompanionStrings::NoSocket;
+    if (!mountVolume()) {
+        stop();
+        return CompanionStrings::NoVolume;
+    }
     distributed.addObserver(this, DistributedNotificationNames::stopQuillboxFuseService(),
                             [this](const platform::Notification &) { Q_EMIT stopRequested(); });
     distributed.post(DistributedNotificationNames::registerServerSucess());
-    log(QStringLiteral("FUSEService: ready; this version serves the socket and mounts no volume"));
+    log(QStringLiteral("FUSEService: ready"));
     return CompanionStrings::Stopped;
 }
 

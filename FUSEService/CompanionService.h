@@ -5,6 +5,7 @@
 #include <QObject>
 #include <QString>
 
+#include <functional>
 #include <memory>
 
 class QBGlobeInformation;
@@ -13,14 +14,15 @@ namespace platform
 class DistributedNotificationCenter;
 }
 
-/// The companion's work between start and stop: serves the local socket for the signed-in user and announces it. Main
-/// thread.
+/// The companion's work between start and stop: serves the local socket for the signed-in user, has the volume mounted
+/// and announces both. Main thread.
 class CompanionService : public QObject
 {
     Q_OBJECT
 public:
+    /// `mountVolume` says whether the volume is there, after a log line when it is not.
     CompanionService(QBGlobeInformation &session, platform::DistributedNotificationCenter &distributed,
-                     const QString &socketPath, QObject *parent = nullptr);
+                     const QString &socketPath, std::function<bool()> mountVolume, QObject *parent = nullptr);
     ~CompanionService() override;
 
     /// 0 when it serves; otherwise the exit code, after a log line that says why.
@@ -40,6 +42,7 @@ private:
     QBGlobeInformation &session;
     platform::DistributedNotificationCenter &distributed;
     const QString socketPath;
+    const std::function<bool()> mountVolume;
     const std::shared_ptr<MessageReceiver> receiver;
     std::shared_ptr<GDUnixSocketServer> server;
 };

@@ -12,6 +12,6 @@ inline QString socketName()
 }
 
 /// Exit codes, for whoever reads the journal.
-enum ExitCode { Stopped = 0, BadArguments = 64, NoManager = 69, NotSignedIn = 77, NoSocket = 73 };
+enum ExitCode { Stopped = 0, BadArguments = 64, NoManager = 69, NoVolume = 71, NoSocket = 73, NotSignedIn = 77 };
 
 } // namespace CompanionStrings

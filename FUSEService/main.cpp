@@ -4,11 +4,41 @@
 #include "ManagerWatch.h"
 #include "StopSignals.h"
 
+#include "files/QBFileSystemGuard.h"
+#include "files/QBPathIndicator.h"
+#include "platform/Bundle.h"
 #include "platform/Host.h"
 #include "platform/Log.h"
+#include "platform/UserDefaults.h"
 #include "state/QBGlobeInformation.h"
+#include "volume/Volume.h"
 
 #include <QCoreApplication>
+
+namespace
+{
+
+/// The rules are the manager's, whose bundle holds this one among its resources.
+volume::Names::Guard nameGuard()
+{
+    const QString path = platform::Bundle::main().bundlePath() + QStringLiteral("/../QBFileSystemGuard.plist");
+    const std::shared_ptr<const QBFileSystemGuard> guard = QBFileSystemGuard::initWithPath(path);
+    if (!guard)
+        return {};
+    return [guard](const QString &name) { return static_cast<int>(guard->analyseNameType(name)); };
+}
+
+volume::Volume::Settings volumeSettings(const platform::Host &host)
+{
+    volume::Volume::Settings settings;
+    settings.mountPoint = QBPathIndicator::pathForQuillboxVolume();
+    settings.core.stagingFolder = host.folders.caches() + QStringLiteral("/staging");
+    settings.core.guard = nameGuard();
+    settings.rescueFolder = QBPathIndicator::pathForBackup();
+    return settings;
+}
+
+} // namespace
 
 int main(int argc, char **argv)
 {
@@ -26,12 +56,18 @@ int main(int argc, char **argv)
     }
     const StopSignals signals;
     platform::Host &host = platform::host();
-    CompanionService service(QBGlobeInformation::sharedGlobeInformation(), host.distributed,
-                             host.folders.temporary() + u'/' + CompanionStrings::socketName());
+    QBGlobeInformation &session = QBGlobeInformation::sharedGlobeInformation();
+    volume::Volume volume(session, platform::UserDefaults::standard(), volumeSettings(host));
+    CompanionService service(session, host.distributed,
+                             host.folders.temporary() + u'/' + CompanionStrings::socketName(),
+                             [&volume] { return volume.start(); });
+    QObject::connect(&volume, &volume::Volume::detached, &application, &QCoreApplication::quit);
     QObject::connect(&watch, &ManagerWatch::managerEnded, &application, &QCoreApplication::quit);
     QObject::connect(&signals, &StopSignals::stopRequested, &application, &QCoreApplication::quit);
     QObject::connect(&service, &CompanionService::stopRequested, &application, &QCoreApplication::quit);
     if (const int failure = service.start())
         return failure;
-    return QCoreApplication::exec();
+    const int result = QCoreApplication::exec();
+    volume.stop(); // before the socket goes, so that the next service meets neither
+    return result;
 }

@@ -2,6 +2,8 @@
 
 #include "volume/Errno.h"
 
+#include <QFile>
+
 #include <algorithm>
 #include <cerrno>
 #include <limits>
@@ -118,14 +120,6 @@ void OpenFile::write(qint64 offset, const char *bytes, qint64 length)
     noteWritten();
 }
 
-void OpenFile::append(const char *bytes, qint64 length)
-{
-    const std::lock_guard lock(content);
-    beginWriting(everything);
-    stage->write(stage->size(), bytes, length);
-    noteWritten();
-}
-
 void OpenFile::truncate(qint64 size)
 {
     const std::lock_guard lock(content);
@@ -177,6 +171,11 @@ void OpenFile::releaseLock()
     } catch (const Errno &) {
         // Logged where it failed; the contents are safe, and the lock can be broken on the server.
     }
+}
+
+bool OpenFile::copyStage(const QString &path)
+{
+    return stage && QFile::copy(QStringLiteral("/proc/self/fd/%1").arg(stage->descriptor()), path);
 }
 
 void OpenFile::becomeRemoved()

@@ -51,7 +51,6 @@ public:
     void opened(const DocumentPointer &document);
     qint64 read(qint64 offset, qint64 length, char *into, ReadAhead &readAhead);
     void write(qint64 offset, const char *bytes, qint64 length);
-    void append(const char *bytes, qint64 length);
     void truncate(qint64 size);
     /// False when nothing is written, so that the time cannot go to the server with it.
     bool setModified(qint64 modified);
@@ -68,6 +67,8 @@ public:
     void becomeShared();
     void releaseLock();
     void becomeRemoved();
+    /// What was written goes to a local file as well; false when that is impossible.
+    bool copyStage(const QString &path);
 
 private:
     void beginWriting(qint64 keptLength);

@@ -80,9 +80,8 @@ template <typename Call> auto ServerDocuments::ask(const char *what, Call call)
     if (!error && reply)
         return *reply;
     const int number = error ? errnoForError(error) : EIO;
-    platform::log(u"FUSEService: %1 failed: %2 %3 (%4)"_s.arg(QLatin1String(what), error.domain(),
-                                                               QString::number(error.code()),
-                                                               error.localizedDescription()));
+    platform::log(u"FUSEService: %1 failed: %2 %3 (%4)"_s.arg(
+        QLatin1String(what), error.domain(), QString::number(error.code()), error.localizedDescription()));
     throw Errno{number};
 }
 
@@ -145,8 +144,8 @@ Document ServerDocuments::createFile(const QString &folderId, const QString &nam
 
 Document ServerDocuments::replaceContents(const QString &id, ByteSource &contents, qint64 modified)
 {
-    const QJsonObject record = ask(
-        "saving a file", [&](QBError *error) { return transfer.uploadFile(id, contents, error, modified); });
+    const QJsonObject record =
+        ask("saving a file", [&](QBError *error) { return transfer.uploadFile(id, contents, error, modified); });
     return changedDocument(record, Document::Kind::File);
 }
 

@@ -3,7 +3,12 @@
 #include "volume/Errno.h"
 
 #include "api/ByteSource.h"
+#include "platform/Log.h"
 
+#include <QDir>
+#include <QUuid>
+
+#include <algorithm>
 #include <cerrno>
 
 namespace volume
@@ -130,12 +135,10 @@ void VolumeTree::setModified(Inode inode, qint64 modified)
 
 void VolumeTree::truncate(Inode inode, qint64 size)
 {
-    const bool isOpen = nodes.node(inode).file != nullptr;
     const auto file = open(inode);
     try {
         file->truncate(size);
-        if (!isOpen)
-            save(inode, Lock::Release);
+        save(inode, Lock::Release);
     } catch (const Errno &) {
         nodes.releaseFile(inode);
         throw;
@@ -143,14 +146,37 @@ void VolumeTree::truncate(Inode inode, qint64 size)
     nodes.releaseFile(inode);
 }
 
-void VolumeTree::close(Inode inode)
+void VolumeTree::close(Inode inode, Closing who)
 {
     try {
-        save(inode, Lock::Release);
+        if (who == Closing::Writer)
+            save(inode, Lock::Release);
     } catch (const Errno &) {
         // Told to the program by its close already where there was one; the contents stay and are tried again.
     }
     nodes.releaseFile(inode);
+}
+
+void VolumeTree::saveAll()
+{
+    for (const Node &node : nodes.unsaved()) {
+        try {
+            save(node.inode, Lock::Release);
+        } catch (const Errno &) {
+            // Logged where it failed.
+        }
+    }
+}
+
+void VolumeTree::rescueUnsaved(const QString &folder)
+{
+    for (const Node &node : nodes.unsaved()) {
+        const auto seized = node.file->seize();
+        const QString path = folder + u'/' + QUuid::createUuid().toString(QUuid::Id128).left(8) + u'-' + node.name;
+        const bool kept = QDir().mkpath(folder) && node.file->copyStage(path);
+        platform::log(QStringLiteral("FUSEService: %1 could not be saved; what was written is in %2")
+                          .arg(node.name, kept ? path : QStringLiteral("no place: copying it failed, too")));
+    }
 }
 
 void VolumeTree::save(Inode inode, Lock lock)

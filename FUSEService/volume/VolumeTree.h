@@ -37,14 +37,19 @@ public:
 
     /// Opens it once more; to be closed with `close`.
     std::shared_ptr<OpenFile> open(Inode inode);
-    /// Also where nobody has it open: the contents are saved then.
+    /// By name, without opening it: saved at once.
     void truncate(Inode inode, qint64 size);
     void setModified(Inode inode, qint64 modified);
     enum class Lock { Keep, Release };
     /// Saves what is unsaved; the lock is kept when that fails.
     void save(Inode inode, Lock lock);
-    /// Closes it once, after trying to save what is unsaved.
-    void close(Inode inode);
+    /// Closes it once; a writer's close tries to save what is unsaved.
+    enum class Closing { Reader, Writer };
+    void close(Inode inode, Closing who);
+    /// Tries to save everything.
+    void saveAll();
+    /// Copies what could not be saved to that folder, which is made, and tells where in the log.
+    void rescueUnsaved(const QString &folder);
 
     // For moving and renaming.
     NodeTable &nodeTable() { return nodes; }

@@ -97,10 +97,4 @@ void WriteStage::put(qint64 offset, const char *bytes, qint64 length) const
     }
 }
 
-bool WriteStage::saveAs(const QString &path) const
-{
-    const QByteArray own = "/proc/self/fd/" + QByteArray::number(file.get());
-    return ::linkat(AT_FDCWD, own.constData(), AT_FDCWD, QFile::encodeName(path).constData(), AT_SYMLINK_FOLLOW) == 0;
-}
-
 } // namespace volume

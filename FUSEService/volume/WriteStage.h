@@ -30,8 +30,6 @@ public:
     void truncate(qint64 size);
     /// Fetches everything that is still the document's alone.
     void complete() { bring(0, documentLength); }
-    /// Gives the contents a name; false when that is impossible.
-    bool saveAs(const QString &path) const;
 
 private:
     void bring(qint64 begin, qint64 end);

@@ -59,7 +59,7 @@ public:
     {
         return QTest::qWaitFor([&] { return log().contains(text); }, 10'000);
     }
-    bool ready() { return says(u"mounts no volume"_s); }
+    bool ready() { return says(u"FUSEService: ready"_s); }
     /// Exit code, -1 when it did not end in time or crashed.
     int ended()
     {

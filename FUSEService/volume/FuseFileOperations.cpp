@@ -1,0 +1,131 @@
+#include "volume/FuseAnswer.h"
+#include "volume/FuseOperations.h"
+
+#include <QByteArray>
+
+#include <memory>
+
+#include <fcntl.h>
+
+namespace volume
+{
+namespace
+{
+using namespace answering;
+
+/// A file as one program opened it.
+struct Handle {
+    std::shared_ptr<OpenFile> file;
+    ReadAhead readAhead;
+    bool writes = false;
+};
+
+Handle &handleOf(const fuse_file_info *info)
+{
+    return *reinterpret_cast<Handle *>(info->fh);
+}
+
+std::unique_ptr<Handle> newHandle(const std::shared_ptr<OpenFile> &file, fuse_file_info *info)
+{
+    auto handle = std::make_unique<Handle>();
+    handle->file = file;
+    handle->writes = (info->flags & O_ACCMODE) != O_RDONLY;
+    info->fh = reinterpret_cast<std::uint64_t>(handle.get());
+    return handle;
+}
+
+void openFile(fuse_req_t request, fuse_ino_t inode, fuse_file_info *info)
+{
+    answer(request, [&] {
+        VolumeTree &files = tree(request);
+        const auto file = files.open(inode);
+        std::unique_ptr<Handle> handle;
+        try {
+            handle = newHandle(file, info);
+            if (handle->writes && (info->flags & O_TRUNC) != 0)
+                file->truncate(0);
+        } catch (const Errno &) {
+            files.close(inode, VolumeTree::Closing::Reader);
+            throw;
+        }
+        if (fuse_reply_open(request, info) == 0)
+            static_cast<void>(handle.release());
+        else
+            files.close(inode, handle->writes ? VolumeTree::Closing::Writer : VolumeTree::Closing::Reader);
+    });
+}
+
+void createFile(fuse_req_t request, fuse_ino_t parent, const char *name, mode_t, fuse_file_info *info)
+{
+    answer(request, [&] {
+        VolumeTree &files = tree(request);
+        const Node node = files.createFile(parent, Names::fromProgram(name));
+        auto handle = newHandle(node.file, info);
+        const fuse_entry_param entry = entryFor(request, node);
+        if (fuse_reply_create(request, &entry, info) == 0) {
+            static_cast<void>(handle.release());
+            return;
+        }
+        files.close(node.inode, VolumeTree::Closing::Writer);
+        files.nodeTable().forget(node.inode, 1);
+    });
+}
+
+void readFile(fuse_req_t request, fuse_ino_t, std::size_t size, off_t offset, fuse_file_info *info)
+{
+    answer(request, [&] {
+        Handle &handle = handleOf(info);
+        QByteArray bytes(static_cast<qsizetype>(size), Qt::Uninitialized);
+        const qint64 got = handle.file->read(offset, bytes.size(), bytes.data(), handle.readAhead);
+        fuse_reply_buf(request, bytes.constData(), static_cast<std::size_t>(got));
+    });
+}
+
+void writeFile(fuse_req_t request, fuse_ino_t, const char *bytes, std::size_t size, off_t offset, fuse_file_info *info)
+{
+    answer(request, [&] {
+        handleOf(info).file->write(offset, bytes, static_cast<qint64>(size));
+        fuse_reply_write(request, size);
+    });
+}
+
+void flushFile(fuse_req_t request, fuse_ino_t inode, fuse_file_info *info)
+{
+    answer(request, [&] {
+        if (handleOf(info).writes)
+            tree(request).save(inode, VolumeTree::Lock::Release);
+        fuse_reply_err(request, 0);
+    });
+}
+
+void syncFile(fuse_req_t request, fuse_ino_t inode, int, fuse_file_info *)
+{
+    answer(request, [&] {
+        tree(request).save(inode, VolumeTree::Lock::Keep);
+        fuse_reply_err(request, 0);
+    });
+}
+
+void releaseFile(fuse_req_t request, fuse_ino_t inode, fuse_file_info *info)
+{
+    answer(request, [&] {
+        const std::unique_ptr<Handle> handle(&handleOf(info));
+        tree(request).close(inode, handle->writes ? VolumeTree::Closing::Writer : VolumeTree::Closing::Reader);
+        fuse_reply_err(request, 0);
+    });
+}
+
+} // namespace
+
+void addFileOperations(fuse_lowlevel_ops &operations)
+{
+    operations.open = openFile;
+    operations.create = createFile;
+    operations.read = readFile;
+    operations.write = writeFile;
+    operations.flush = flushFile;
+    operations.fsync = syncFile;
+    operations.release = releaseFile;
+}
+
+} // namespace volume

@@ -1,0 +1,98 @@
+#pragma once
+
+#include "api/DocumentTransfer.h"
+#include "api/QBNetworking.h"
+#include "state/QBGlobeInformation.h"
+
+#include <QByteArray>
+#include <QJsonObject>
+#include <QProcess>
+#include <QString>
+#include <QStringList>
+#include <QTemporaryDir>
+
+#include <memory>
+
+namespace testing
+{
+
+/// A document server of its own process with the demo account signed in, whose session file stands where the service
+/// looks for it.
+class ServerScene
+{
+public:
+    ServerScene();
+    ~ServerScene();
+
+    bool start();
+    void stop();
+    /// Also after `stop`, on the same port and with the same documents.
+    bool restart();
+    /// The scenario from now on; waits until it is in force.
+    bool setScenario(const QJsonObject &scenario);
+    bool signIn();
+
+    QBNetworking &client() { return *networking; }
+    /// Entry document of the demo user's own documents.
+    QString ownEntry();
+    /// Id of a path below the user's own documents, null when there is nothing.
+    QString idOf(const QString &path);
+    /// Contents on the server, null when there is no such file.
+    QByteArray contents(const QString &path);
+    /// The file's lock on the server.
+    bool isLocked(const QString &path);
+    /// Writes past the volume, as another client does.
+    bool upload(const QString &path, const QByteArray &bytes);
+
+private:
+    bool launch(int port);
+
+    QTemporaryDir folder;
+    QProcess process;
+    int port = 0;
+    QBGlobeInformation session;
+    HttpTransport transport;
+    std::unique_ptr<QBNetworking> networking;
+};
+
+/// One run of the real service with its volume; it is ended at the latest with this object, and its mount with it.
+class MountedService
+{
+public:
+    /// `volumes`: folder for the mount, the process's own when null.
+    explicit MountedService(const QString &volumes = {});
+    ~MountedService();
+
+    bool isReady();
+    QString root() const { return mountFolder + QStringLiteral("/Quillbox"); }
+    /// The demo user's own documents.
+    QString home() const;
+    QString log();
+    bool says(const QString &text);
+    bool isMounted() const;
+    /// Exit code, -1 when it did not end in time or crashed.
+    int ended();
+    qint64 processId() const { return process.processId(); }
+    void kill() { process.kill(); }
+    void terminate() { process.terminate(); }
+    void endManager() { manager.kill(); }
+
+private:
+    const QString mountFolder;
+    QString temporary;
+    QProcess manager;
+    QProcess process;
+    QString output;
+};
+
+struct ProgramResult {
+    int status = -1; ///< -1 when it did not end in time
+    QByteArray output;
+};
+/// A shell script run in `folder`; both outputs.
+ProgramResult runScript(const QString &folder, const QString &script);
+
+/// Bytes that look random and are always the same.
+QByteArray pattern(qsizetype size, unsigned seed = 1);
+
+} // namespace testing

@@ -41,7 +41,9 @@ QString refusal(const QBError &error, const LoginErrorText::Lookup &lookup)
     case PasswordTooWeak:
         return entry;
     case LoginOutcome::AccountLocked:
-        return LoginErrorText::rewriteLockTime(entry, error, QStringLiteral("您输入旧密码错误次数超过限制，"), lookup);
+        // Said also when the server does not tell how long the lock lasts.
+        return lookup(QStringLiteral("您输入旧密码错误次数超过限制，"), QStringLiteral("Localizable")) +
+               (error.lockTime().isEmpty() ? entry : LoginErrorText::replaceDuration(entry, error.lockTime()));
     default:
         return lookup(QStringLiteral("新密码不符合要求。"), QStringLiteral("Localizable"));
     }

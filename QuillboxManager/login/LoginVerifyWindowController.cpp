@@ -2,6 +2,7 @@
 
 #include "login/ChangePasswordAlert.h"
 #include "login/FocusBorder.h"
+#include "login/FocusHandOver.h"
 #include "login/JsonValues.h"
 #include "login/MessageLine.h"
 #include "login/QBChangePasswordController.h"
@@ -65,6 +66,8 @@ void LoginVerifyWindowController::windowDidLoad()
     setUpControls();
     initialUI();
     center.addObserver(this, NotificationNames::closeLoginVerifyWindow(), [this](const platform::Notification &) {
+        if (!isVisible())
+            return; // long done with; nobody waits for the login window
         const QPointer<LoginVerifyWindowController> guard(this);
         closeVerifyWindow();
         if (guard)
@@ -169,13 +172,13 @@ void LoginVerifyWindowController::getVcode()
 {
     window();
     hideMessage();
-    form->getVCodeButton->setEnabled(false);
+    FocusHandOver::disable(form->getVCodeButton, form->verificationCodeTextField);
     const SecondFactorHandOver attempt = SecondFactorHandOver::read(defaults);
-    const int number = ++callNumber;
+    const int number = opening;
     LoginCalls::requestCode(networking, this, attempt.account, attempt.password, attempt.oldtelnum, attempt.authbysms,
                             attempt.authbyemail, [this, number](const LoginAnswer &answer) {
                                 form->getVCodeButton->setEnabled(!timer.isActive());
-                                if (number == callNumber)
+                                if (number == opening)
                                     handleResent(answer);
                             });
 }
@@ -220,17 +223,17 @@ void LoginVerifyWindowController::verifyVcode()
     }
     verifying = true;
     form->verifyButton->setText(QString());
-    form->verifyButton->setEnabled(false);
+    FocusHandOver::disable(form->verifyButton, form->verificationCodeTextField);
     form->verificationCodeTextField->setReadOnly(true);
     indicator->setVisible(true);
     const SecondFactorHandOver attempt = SecondFactorHandOver::read(defaults);
     const QJsonObject validcode{{QStringLiteral("vcode"), code}};
     const LoginRequest request{attempt.account, attempt.password, attempt.vcodeInfo,
                                QJsonObject{{QStringLiteral("validcode"), validcode}}};
-    const int number = ++callNumber;
+    const int number = opening;
     LoginCalls::signIn(networking, this, request, [this, number](const LoginAnswer &answer) {
         restoreVerifyButton();
-        if (number == callNumber)
+        if (number == opening)
             handleVerified(answer);
     });
 }
@@ -246,6 +249,7 @@ void LoginVerifyWindowController::handleVerified(const LoginAnswer &answer)
         return;
     }
     timer.stop();
+    ++opening; // a code that still is on its way is of no use
     close();
     VerifyErrorText::resetWrongCodes();
     defaults.set(PersistentKeys::oldtelnum(), QString(QLatin1String("")));
@@ -289,7 +293,8 @@ void LoginVerifyWindowController::showChangePasswordAlert(const QString &text)
     ChangePasswordAlert::show(window(), text, [guard = QPointer<LoginVerifyWindowController>(this)] {
         if (!guard)
             return;
-        guard->changePasswordController = std::make_unique<QBChangePasswordController>(guard->networking);
+        guard->changePasswordController =
+            std::make_unique<QBChangePasswordController>(guard->networking, guard->center);
         guard->changePasswordController->showWindow();
     });
 }
@@ -305,7 +310,7 @@ bool LoginVerifyWindowController::windowShouldClose()
 void LoginVerifyWindowController::closeVerifyWindow()
 {
     timer.stop();
-    ++callNumber; // whatever is under way no longer concerns anyone
+    ++opening; // whatever is under way no longer concerns anyone
     VerifyErrorText::resetWrongCodes();
     center.post(NotificationNames::loginVerifyWantLoginWindow()); // the shell may end this window in here
 }

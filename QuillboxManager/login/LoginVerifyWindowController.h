@@ -69,6 +69,6 @@ private:
     QTimer timer; ///< one tick a second while counting down
     qint64 remaining = 0;
     bool verifying = false;
-    int callNumber = 0; ///< answers to older calls are dropped
+    int opening = 0; ///< changes with every end of the window; answers to calls from before are dropped
     std::unique_ptr<QBChangePasswordController> changePasswordController;
 };

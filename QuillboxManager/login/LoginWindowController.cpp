@@ -1,7 +1,8 @@
 #include "login/LoginWindowController.h"
 
 #include "login/ChangePasswordAlert.h"
-#include "login/JsonValues.h"
+#include "login/FocusHandOver.h"
+#include "login/LoginAlerts.h"
 #include "login/LoginErrorText.h"
 #include "login/LoginOutcome.h"
 #include "login/LoginWindowView.h"
@@ -11,11 +12,8 @@
 #include "login/ReturnKeyFilter.h"
 #include "platform/Dispatch.h"
 #include "platform/Localization.h"
-#include "platform/Log.h"
 #include "state/NotificationNames.h"
-#include "state/PersistentKeys.h"
 #include "ui/Application.h"
-#include "ui/QBAlert.h"
 #include "ui/WindowShake.h"
 #include "ui_LoginWindowController.h"
 
@@ -33,7 +31,7 @@ LoginWindowController::LoginWindowController(QBNetworking &client, platform::Use
                                              platform::NotificationCenter &notifications, ThirdLoginOpener &opener,
                                              const Branding &brand, QObject *parent)
     : QBWindowController(parent), networking(client), defaults(settings), center(notifications), thirdLogin(opener),
-      branding(brand)
+      branding(brand), attempt(client, settings), pictureCodes(client)
 {
 }
 
@@ -58,6 +56,7 @@ void LoginWindowController::windowDidLoad()
 {
     awakeFromNib();
     connectControls();
+    connectAttempt();
     initialUI();
 }
 
@@ -176,15 +175,8 @@ void LoginWindowController::forgetMyPWD()
         if (reachable)
             center.post(NotificationNames::wantForgetPWDWindow());
         else
-            showNetBreakAlert();
+            LoginAlerts::showNetBreak(window());
     });
-}
-
-void LoginWindowController::showNetBreakAlert()
-{
-    QBAlert::Alert alert = QBAlert::defaultQBAlertWithShowsSuppressionButton(false, QBError::errorForNetBreak());
-    Application::activate(window());
-    QBAlert::beginSheet(std::move(alert), window(), [](int) {});
 }
 
 // Messages.
@@ -215,16 +207,147 @@ void LoginWindowController::showChangePasswordAlertWithMessage(const QString &me
     ChangePasswordAlert::show(window(), message, [guard = QPointer<LoginWindowController>(this)] {
         if (!guard)
             return;
-        guard->changePasswordController = std::make_unique<QBChangePasswordController>(guard->networking);
+        guard->changePasswordController =
+            std::make_unique<QBChangePasswordController>(guard->networking, guard->center);
         guard->changePasswordController->showWindow();
     });
 }
 
-void LoginWindowController::showAlert(int icon, const QString &messageKey)
+// An attempt.
+
+bool LoginWindowController::validateInputs()
 {
-    const QString text = localizedString(messageKey, QStringLiteral("Messages"));
-    QBAlert::Alert alert = QBAlert::make(static_cast<QMessageBox::Icon>(icon), text);
-    QBAlert::addButton(*alert, localizedString(QStringLiteral("确定")));
-    Application::activate(window());
-    QBAlert::beginSheet(std::move(alert), window(), [](int) {});
+    const Ui::LoginWindowController &controls = form();
+    const bool codeMissing =
+        view->isVcodeBoxVisible() && controls.txtVcode->text().isEmpty() && controls.txtOTPCode->text().isEmpty();
+    return !controls.txtUserName->text().isEmpty() && !controls.txtPassword->text().isEmpty() && !codeMissing;
+}
+
+void LoginWindowController::refreshComfirmButton()
+{
+    form().btnLogin->setEnabled(!attempt.isRunning() && validateInputs());
+}
+
+void LoginWindowController::controlTextDidChange()
+{
+    hideMessage();
+    refreshComfirmButton();
+}
+
+bool LoginWindowController::performReturn()
+{
+    if (attempt.isRunning() || !validateInputs())
+        return false;
+    loginBtn();
+    return true;
+}
+
+void LoginWindowController::performRememberPassword()
+{
+    if (!form().btnRememberPassword->isChecked())
+        form().btnAutoLogin->setChecked(false);
+}
+
+void LoginWindowController::performAutoLogin()
+{
+    if (form().btnAutoLogin->isChecked())
+        form().btnRememberPassword->setChecked(true);
+}
+
+void LoginWindowController::saveUserDefaults()
+{
+    const Ui::LoginWindowController &controls = form();
+    const RememberedAccount typed{controls.txtUserName->text(), controls.txtPassword->text(),
+                                  controls.btnRememberPassword->isChecked(), controls.btnAutoLogin->isChecked()};
+    typed.save(defaults);
+}
+
+LoginRequest LoginWindowController::typedRequest()
+{
+    const Ui::LoginWindowController &controls = form();
+    LoginRequest request{controls.txtUserName->text(), controls.txtPassword->text(), {}, {}};
+    const QString vcode = controls.txtVcode->text();
+    if (!vcode.isEmpty() && plan.pictureCodeEnabled)
+        request.vcodeInfo = QJsonObject{
+            {QStringLiteral("ismodify"), false}, {QStringLiteral("vcode"), vcode}, {QStringLiteral("uuid"), uuid()}};
+    const QString oneTimePassword = controls.txtOTPCode->text();
+    if (!oneTimePassword.isEmpty() && plan.oneTimePassword) {
+        const QJsonObject code{{QStringLiteral("OTP"), oneTimePassword}};
+        request.dualfactorauthinfo = QJsonObject{{QStringLiteral("OTP"), code}};
+    }
+    return request;
+}
+
+void LoginWindowController::loginBtn()
+{
+    if (attempt.isRunning())
+        return;
+    hideMessage();
+    FocusHandOver::disable(form().btnLogin, form().txtPassword);
+    view->setSubmitting(true);
+    attempt.start(typedRequest());
+}
+
+void LoginWindowController::connectAttempt()
+{
+    connect(&attempt, &LoginAttempt::denied, this, [this] { needAutoLogin = false; }); // never repeated by itself
+    connect(&attempt, &LoginAttempt::ended, this, [this] {
+        view->setSubmitting(false);
+        refreshComfirmButton();
+    });
+    connect(&attempt, &LoginAttempt::succeeded, this, &LoginWindowController::handleSuccess);
+    connect(&attempt, &LoginAttempt::codeSent, this, &LoginWindowController::handleCodeSent);
+    connect(&attempt, &LoginAttempt::refused, this, &LoginWindowController::handleLoginVerifyErrorMessage);
+    connect(&attempt, &LoginAttempt::unanswered, this, [this] { showMessage(ownText("NoSession")); });
+    connect(&attempt, &LoginAttempt::pictureCodeDemanded, this, &LoginWindowController::setVcodeUI);
+    connect(&pictureCodes, &PictureCodeSource::arrived, this,
+            [this](const QImage &picture) { view->showPicture(picture); });
+    connect(&pictureCodes, &PictureCodeSource::unreachable, this, [this] { LoginAlerts::showNetBreak(window()); });
+}
+
+void LoginWindowController::handleSuccess()
+{
+    saveUserDefaults();
+    center.post(NotificationNames::loginSuccess()); // the shell may end this window in here
+}
+
+void LoginWindowController::handleCodeSent()
+{
+    const QPointer<LoginWindowController> guard(this);
+    center.post(NotificationNames::wantLoginVerifyWindow()); // the shell may end this window in here
+    if (guard)
+        saveUserDefaults();
+}
+
+void LoginWindowController::handleLoginVerifyErrorMessage(const QBError &error)
+{
+    const LoginOutcome::Kind kind = LoginOutcome::ofCodeRequest(error);
+    switch (kind) {
+    case LoginOutcome::Kind::InformationAlert:
+        LoginAlerts::show(window(), QMessageBox::Information, LoginOutcome::alertKey(kind));
+        break;
+    case LoginOutcome::Kind::CautionAlert:
+        LoginAlerts::show(window(), QMessageBox::Warning, LoginOutcome::alertKey(kind));
+        break;
+    default:
+        showError(error);
+    }
+}
+
+// Picture code.
+
+void LoginWindowController::setVcodeUI()
+{
+    view->setVcodeBox(LoginWindowView::CodeField::Picture);
+    form().txtVcode->setFocus(Qt::OtherFocusReason);
+    form().txtVcode->selectAll(); // a code for an earlier picture is typed over
+    refreshComfirmButton();
+    pictureCodes.fetch();
+}
+
+void LoginWindowController::refreshVcode()
+{
+    form().txtVcode->clear();
+    form().btnLogin->setEnabled(false);
+    pictureCodes.refresh();
 }

@@ -1,8 +1,9 @@
 #pragma once
 
 #include "files/Branding.h"
-#include "login/LoginCalls.h"
+#include "login/LoginAttempt.h"
 #include "login/LoginPlan.h"
+#include "login/PictureCodeSource.h"
 #include "login/ThirdLoginOpener.h"
 #include "platform/NotificationCenter.h"
 #include "platform/UserDefaults.h"
@@ -54,6 +55,8 @@ public:
     void showError(const QBError &error);
     void showChangePasswordAlertWithMessage(const QString &message);
     bool validateInputs();
+    /// Names the picture code on show at the server; null before the first.
+    QString uuid() const { return pictureCodes.uuid(); }
 
 protected:
     QWidget *loadWindow() override;
@@ -83,19 +86,11 @@ private:
     void controlTextDidChange();
     void refreshComfirmButton();
     LoginRequest typedRequest();
-    void handleAnswer(const LoginRequest &request, const LoginAnswer &answer);
+    void connectAttempt();
     void handleSuccess();
-    void handleCodeRequest(const LoginAnswer &answer);
+    void handleCodeSent();
     void handleLoginVerifyErrorMessage(const QBError &error);
-    void requestSecondFactor(const LoginRequest &request);
-    void showPictureCodeLater();
-    void endAttempt();
-    void showAlert(int icon, const QString &messageKey);
-    void showNetBreakAlert();
-
-    // Picture code.
     void setVcodeUI();
-    void fetchPictureCode(const QString &previous);
 
     void changeUserBoxActive(int tag);
     void changeUserBoxDeactive(int tag);
@@ -112,13 +107,11 @@ private:
     LoginWindowView *view = nullptr; ///< owned by the base class
     ServerReply dicAuthInfo;         ///< absent: the server could not be reached
     LoginPlan plan;                  ///< what dicAuthInfo means
-    QString uuid;                    ///< of the picture code on show
     bool needAutoLogin = false;
     bool quitAutoLogin = false;
-    bool submitting = false;
     bool askingReachability = false;
     int configurationNumber = 0; ///< of the newest initialUI; older answers are dropped
-    int attemptNumber = 0;
-    int pictureNumber = 0;
+    LoginAttempt attempt;
+    PictureCodeSource pictureCodes;
     std::unique_ptr<QBChangePasswordController> changePasswordController;
 };

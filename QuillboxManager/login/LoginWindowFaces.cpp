@@ -50,7 +50,7 @@ void LoginWindowController::showConfiguration(const ServerReply &reply)
         return;
     }
     plan = LoginPlan::of(*dicAuthInfo);
-    if (!submitting)
+    if (!attempt.isRunning())
         view->hideVcodeBox();
     // The pass that set the window up has seen the picture-code rule before anyone may ask for an unattended sign-in.
     quitAutoLogin = quitAutoLogin || plan.quitAutoLogin();
@@ -93,10 +93,7 @@ void LoginWindowController::showNormalFace()
 
 void LoginWindowController::showThirdFace()
 {
-    if (!plan.loginButtonText.isNull()) {
-        form().thirdLoginButton->setText(plan.loginButtonText);
-        form().thirdLoginButton->setAccessibleName(plan.loginButtonText);
-    }
+    view->setThirdLoginTitle(plan.loginButtonText);
     form().btnChangeNormalMode->setVisible(plan.changeNormalModeVisible);
     view->showFace(LoginWindowView::Face::ThirdLogin);
     form().thirdLoginButton->setFocus(Qt::OtherFocusReason);
@@ -136,6 +133,8 @@ void LoginWindowController::applyPictureCodeRule()
 
 void LoginWindowController::performUserDefaults()
 {
+    if (attempt.isRunning())
+        return; // what is being tried is what gets remembered
     const RememberedAccount remembered = RememberedAccount::read(defaults);
     form().btnRememberPassword->setChecked(remembered.rememberPassword);
     form().txtUserName->setText(remembered.account);

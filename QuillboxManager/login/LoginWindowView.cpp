@@ -17,6 +17,7 @@ constexpr int CodeBoxHeight = StyleKit::ControlHeight + StyleKit::Grid;
 constexpr int RevealMilliseconds = 750;
 constexpr int IconSide = 20;
 constexpr int LogoHeight = 64;
+constexpr int LongestButtonTitle = 200; ///< characters; the button shows as many as fit
 
 QString text(const char *key)
 {
@@ -48,6 +49,8 @@ void LoginWindowView::setUpControls()
         button->applyBranding(branding);
     waitingIndicator = new QBSpinner(controls->waitingIndicatorPlace);
     waitingIndicator->setColor(QBColor::qbColorWithHexString(branding.themeColor()));
+    // The window is as wide as its form, whatever the server calls its authenticator.
+    controls->thirdLoginButton->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
     controls->viewCode->setFixedHeight(0);
     controls->viewCode->hide();
     controls->btnRetry->hide();
@@ -176,6 +179,25 @@ void LoginWindowView::keepCodeFieldsOrder()
     setTabOrder(controls->txtVcode, controls->txtOTPCode);
     setTabOrder(controls->txtOTPCode, controls->vcodeImage);
     setTabOrder(controls->vcodeImage, controls->btnRememberPassword);
+}
+
+bool LoginWindowView::focusNextPrevChild(bool next)
+{
+    // With a picture code to type, Tab goes round account, password and code; Shift+Tab leads to everything else.
+    if (!next || !controls->txtVcode->hasFocus())
+        return QWidget::focusNextPrevChild(next);
+    controls->txtUserName->setFocus(Qt::TabFocusReason);
+    return true;
+}
+
+void LoginWindowView::setThirdLoginTitle(const QString &title)
+{
+    if (title.isNull())
+        return;
+    QString literal = title.left(LongestButtonTitle);
+    literal.replace(QLatin1Char('&'), QLatin1String("&&")); // names of organisations, not a shortcut
+    controls->thirdLoginButton->setText(literal);
+    controls->thirdLoginButton->setAccessibleName(title);
 }
 
 void LoginWindowView::hideVcodeBox()

@@ -50,6 +50,12 @@ public:
     enum class Box { User, Passwords, Vcode };
     void setBoxActive(Box box, bool active);
 
+    /// Null: the button keeps its title.
+    void setThirdLoginTitle(const QString &title);
+
+protected:
+    bool focusNextPrevChild(bool next) override;
+
 private:
     void setUpControls();
     void setUpTexts();

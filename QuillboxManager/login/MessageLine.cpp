@@ -13,15 +13,30 @@ namespace
 {
 constexpr int MostLines = 5;
 constexpr qsizetype LongestText = 400; ///< characters; what a server sends may be of any length
+constexpr qsizetype ShortenedBy = 8;   ///< characters at a time until the text fits
 
-/// The line is as wide as its form says, so that a long text grows it downwards and never the window sideways.
-void fitHeight(QLabel *line)
+QString ellipsized(const QString &text, qsizetype length)
 {
+    return length < text.size() ? text.left(length).trimmed() + QChar(0x2026) : text;
+}
+
+/// The line is as wide as its form says, so that a long text grows it downwards and never the window sideways; what
+/// does not fit into its last line gives way to an ellipsis.
+void fit(QLabel *line)
+{
+    const QString text = line->text();
     const int leastHeight = line->property("leastHeight").toInt();
-    const int width = line->maximumWidth();
-    const int needed = line->text().isEmpty() ? 0 : line->heightForWidth(width) + StyleKit::Grid;
-    const int most = line->fontMetrics().lineSpacing() * MostLines + StyleKit::Grid;
-    line->setFixedHeight(std::clamp(needed, leastHeight, std::max(leastHeight, most)));
+    const int most = std::max(leastHeight, line->fontMetrics().lineSpacing() * MostLines + StyleKit::Grid);
+    line->setMinimumHeight(0); // a label never wants less than its minimum
+    const auto needed = [line] {
+        return line->text().isEmpty() ? 0 : line->heightForWidth(line->maximumWidth()) + StyleKit::Grid;
+    };
+    for (qsizetype shown = std::min(text.size(), LongestText); shown > 0; shown -= ShortenedBy) {
+        line->setText(ellipsized(text, shown));
+        if (needed() <= most)
+            break;
+    }
+    line->setFixedHeight(std::clamp(needed(), leastHeight, most));
 }
 
 void showHint(QLabel *line, const QString &text)
@@ -42,7 +57,7 @@ void rememberLeastHeight(QLabel *line)
 void show(QLabel *line, const QString &text, Kind kind)
 {
     rememberLeastHeight(line);
-    const QString shortened = text.size() > LongestText ? text.left(LongestText) + QChar(0x2026) : text;
+    const QString shortened = ellipsized(text, LongestText);
     if (kind == Kind::Error)
         StyleKit::showError(line, shortened);
     else if (kind == Kind::Status)
@@ -50,14 +65,14 @@ void show(QLabel *line, const QString &text, Kind kind)
     else
         showHint(line, shortened);
     line->show();
-    fitHeight(line);
+    fit(line);
 }
 
 void clear(QLabel *line)
 {
     rememberLeastHeight(line);
     line->clear();
-    fitHeight(line);
+    fit(line);
 }
 
 } // namespace MessageLine

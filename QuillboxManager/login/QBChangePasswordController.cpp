@@ -3,6 +3,7 @@
 #include "files/QBPathIndicator.h"
 #include "login/ChangePasswordRules.h"
 #include "login/FocusBorder.h"
+#include "login/FocusHandOver.h"
 #include "login/JsonValues.h"
 #include "login/MessageLine.h"
 #include "login/ReturnKeyFilter.h"
@@ -224,7 +225,10 @@ void QBChangePasswordController::setChanging(bool isChanging)
     changing = isChanging;
     indicator->setVisible(isChanging);
     confirmButton->setText(isChanging ? QString() : localizedString(QStringLiteral("确定")));
-    confirmButton->setEnabled(!isChanging);
+    if (isChanging)
+        FocusHandOver::disable(confirmButton, oldPassword);
+    else
+        confirmButton->setEnabled(true);
     for (QBSecureTextField *field : {oldPassword, theNewpassword, comfirmPassword})
         field->setReadOnly(isChanging);
 }

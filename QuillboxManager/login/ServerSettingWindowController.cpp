@@ -1,11 +1,13 @@
 #include "login/ServerSettingWindowController.h"
 
 #include "api/QBApiManager.h"
+#include "login/FocusHandOver.h"
 #include "login/LoginPlan.h"
 #include "login/MessageLine.h"
 #include "login/PortValidator.h"
 #include "login/ReturnKeyFilter.h"
 #include "login/ServerAddressRules.h"
+#include "login/ServerSettingCalls.h"
 #include "login/ServerVersionOutcome.h"
 #include "platform/Dispatch.h"
 #include "platform/Localization.h"
@@ -186,7 +188,9 @@ int ServerSettingWindowController::begin(Work next)
     form->btnConfirm->setText(QString());
     form->txtServerAddress->setReadOnly(true);
     form->txtAuthPort->setReadOnly(true);
-    form->btnCancel->setEnabled(next == Work::Checking);
+    if (next != Work::Checking)
+        FocusHandOver::disable(form->btnCancel, form->txtServerAddress);
+    FocusHandOver::disable(form->btnConfirm, form->txtServerAddress);
     refreshComfirmButton();
     return ++workNumber;
 }
@@ -226,14 +230,11 @@ void ServerSettingWindowController::performConfirm()
         return;
     showMessageKey(QStringLiteral("ServerConfigChecking"), false);
     const int number = begin(Work::Checking);
-    const auto handle = [guard = QPointer<QObject>(this), this, number](ServerConfigResult result) {
-        platform::dispatchMain(guard, [this, number, code = static_cast<int>(result)] {
-            if (number == workNumber)
-                handleConfigResult(code);
-        });
-    };
-    networking.serverConfigWithServer(form->txtServerAddress->text(), form->txtAuthPort->text(), QLatin1String(""),
-                                      handle);
+    ServerSettingCalls::configure(networking, this, form->txtServerAddress->text(), form->txtAuthPort->text(),
+                                  [this, number](int code) {
+                                      if (number == workNumber)
+                                          handleConfigResult(code);
+                                  });
 }
 
 void ServerSettingWindowController::handleConfigResult(int code)
@@ -261,19 +262,11 @@ void ServerSettingWindowController::saveServer()
 
 void ServerSettingWindowController::checkClientVersion()
 {
-    struct Answer {
-        QBError error;
-        ServerReply reply;
-    };
-    const auto ask = [&client = networking] {
-        Answer answer;
-        answer.reply = client.requestCheckClientVersion(&answer.error);
-        return answer;
-    };
-    platform::inBackground(this, ask, [this, number = workNumber](const Answer &answer) {
-        if (number == workNumber)
-            handleVersionAnswer(answer.error, answer.reply);
-    });
+    ServerSettingCalls::checkClientVersion(networking, this,
+                                           [this, number = workNumber](const QBError &error, const ServerReply &reply) {
+                                               if (number == workNumber)
+                                                   handleVersionAnswer(error, reply);
+                                           });
 }
 
 void ServerSettingWindowController::handleVersionAnswer(const QBError &error, const ServerReply &reply)
@@ -324,8 +317,7 @@ void ServerSettingWindowController::performCancel()
         return;
     }
     const int number = begin(Work::Cancelling);
-    const auto ping = [&client = networking] { return client.pingStoredServer(true); };
-    platform::inBackground(this, ping, [this, number](bool answered) {
+    ServerSettingCalls::pingStoredServer(networking, this, true, [this, number](bool answered) {
         if (number == workNumber)
             finishCancel(answered);
     });
@@ -334,6 +326,7 @@ void ServerSettingWindowController::performCancel()
 void ServerSettingWindowController::finishCancel(bool answered)
 {
     endWork();
+    hideMessage();
     if (answered)
         center.post(NotificationNames::wantLoginWindow());
     else
@@ -350,8 +343,7 @@ bool ServerSettingWindowController::windowShouldClose()
         return false;
     showMessageKey(QStringLiteral("ServerConfigChecking"), false);
     const int number = begin(Work::Closing);
-    const auto ping = [&client = networking] { return client.pingStoredServer(false); };
-    platform::inBackground(this, ping, [this, number](bool answered) {
+    ServerSettingCalls::pingStoredServer(networking, this, false, [this, number](bool answered) {
         if (number == workNumber)
             finishClosing(answered);
     });

@@ -315,6 +315,7 @@ void TestLoginOutcomes::gone()
 void TestLoginOutcomes::longRefusal()
 {
     Attempt attempt;
+    QCoreApplication::sendPostedEvents(); // the window has the size of its face
     const int width = attempt.window()->width();
     const QByteArray text = QByteArray("<b>") + QByteArray(20'000, 'W');
     attempt.server.expect(signInCall, ScriptedAnswer::json(R"({"errcode":77,"errmsg":")" + text + "\"}"));
@@ -324,6 +325,8 @@ void TestLoginOutcomes::longRefusal()
     QCOMPARE(Attempt::find<QLabel>(attempt.window(), "txtErrorMessage")->textFormat(), Qt::PlainText);
     QVERIFY(qAbs(attempt.window()->width() - width) <= 8);
     QVERIFY(attempt.window()->height() < 700);
+    auto *line = Attempt::find<QLabel>(attempt.window(), "txtErrorMessage");
+    QVERIFY(line->heightForWidth(line->width()) <= line->height()); // nothing is cut off
 }
 
 REGISTER_TEST(TestLoginOutcomes)

@@ -57,6 +57,8 @@ private Q_SLOTS:
     void resend();
     void resentTo();
     void success();
+    void successWhileResending();
+    void staleWindow();
     void wrongCodes();
     void closing_data();
     void closing();
@@ -160,6 +162,31 @@ void TestLoginVerifyWindow::success()
     QCOMPARE(scene.body(0).value(u"dualfactorauthinfo"_s), QJsonValue(QJsonObject{{u"validcode"_s, code}}));
     QCOMPARE(scene.body(0).value(u"vcodeinfo"_s), QJsonValue(QJsonObject{{u"vcode"_s, u"ab"_s}}));
     QCOMPARE(scene.server.complaint(), QString());
+}
+
+void TestLoginVerifyWindow::successWhileResending()
+{
+    Verification scene(std::chrono::hours(1), -1);
+    scene.controller->showWindow();
+    scene.server.expect(signInCall, ScriptedAnswer::json(R"({"expires":1,"userid":"u","tokenid":"t"})"));
+    scene.server.answerAll(ScriptedAnswer::json(R"({"expires":1})"));
+    Verification::type(scene.window(), "verificationCodeTextField", u"12"_s);
+    Verification::press(scene.window(), "verifyButton");
+    QVERIFY(scene.server.waitForRequests(1));
+    Verification::press(scene.window(), "getVCodeButton");
+    AWAIT(!scene.posted.isEmpty());
+    QCOMPARE(scene.posted, QStringList{u"NotificationLoginSuccess"_s});
+    QVERIFY(!scene.controller->isVisible());
+}
+
+/// A password that is changed later on must not bring the login window back.
+void TestLoginVerifyWindow::staleWindow()
+{
+    Verification scene;
+    scene.controller->showWindow();
+    scene.controller->close();
+    scene.center.post(NotificationNames::closeLoginVerifyWindow());
+    QCOMPARE(scene.posted, QStringList{u"NotificationCloseLoginVerifyWindow"_s});
 }
 
 void TestLoginVerifyWindow::wrongCodes()

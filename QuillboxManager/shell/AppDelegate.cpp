@@ -11,6 +11,7 @@
 #include "shell/ShellStrings.h"
 #include "state/NotificationNames.h"
 #include "ui/Application.h"
+#include "ui/StyleKit.h"
 
 #include <utility>
 
@@ -79,7 +80,9 @@ void AppDelegate::applicationDidFinishLaunching()
             shell::FirstRunRegistration(host.scripts, bundle, Branding(branding)).registerOnce();
         },
         [this] { prepareFonts(); });
-    registerAppleEvent(); // meets the session bus while the background works
+    // Meanwhile, what the first window needs anyway.
+    registerAppleEvent();
+    StyleKit::warmUp();
 }
 
 void AppDelegate::prepareFonts()

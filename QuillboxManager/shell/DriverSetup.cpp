@@ -8,6 +8,7 @@
 #include "shell/ShellStrings.h"
 #include "shell/VersionComparison.h"
 
+#include <future>
 #include <utility>
 
 namespace shell
@@ -33,11 +34,13 @@ DriverState DriverSetup::Check::operator()() const
 {
     if (script.isNull())
         return DriverState::CheckMissing;
+    // Both run a program; the first window waits for the slower one and not for their sum.
+    std::future<QString> installed = std::async([this] { return host->driver.installedVersion(); });
     const QByteArray output = platform::runTask(ShellStrings::sh(), {script}).output;
+    const QString version = installed.get();
     const QStringList lines = QString::fromUtf8(output).split(u'\n');
     if (!lines.contains(ShellStrings::driverCorePackage()) || !lines.contains(ShellStrings::driverPanePackage()))
         return DriverState::PackagesMissing;
-    const QString version = host->driver.installedVersion();
     if (version.isNull())
         return DriverState::VersionMissing;
     return compareNumerically(version, ShellStrings::driverVersion()) < 0 ? DriverState::Outdated : DriverState::Ready;

@@ -80,12 +80,11 @@ void FontSetup::prepare(std::function<void()> done)
 
 bool FontSetup::mustWaitForFont(const Places &places, const FontNames &fontNames)
 {
+    // Where the system has the family and no copy is kept, there is nothing that the script could do.
     const bool nothingToInstall = !QFile::exists(places.installed) && !QFile::exists(places.bundled);
-    if (!nothingToInstall || !containsFont(fontNames()))
-        return installFonts(places);
-    // The system has the family: the script has nothing to copy, and the first window need not wait for it.
-    platform::dispatchGlobal([places] { installFonts(places); });
-    return false;
+    if (nothingToInstall && containsFont(fontNames()))
+        return false;
+    return installFonts(places);
 }
 
 bool FontSetup::installFonts(const Places &places)

@@ -8,6 +8,7 @@
 #include "ui/WindowDress.h"
 
 #include <QApplication>
+#include <QFontMetrics>
 #include <QLabel>
 #include <QPalette>
 
@@ -71,6 +72,12 @@ void install()
     QApplication::setPalette(lightPalette());
     QBFont::install();
     QApplication::setWindowIcon(Images::imageNamed(QStringLiteral("quillbox")));
+}
+
+void warmUp()
+{
+    const QFontMetrics metrics(QApplication::font());
+    metrics.horizontalAdvance(QStringLiteral("Quillbox 云盘"));
 }
 
 void dressWindow(QWidget *window, Resizing resizing)

@@ -21,6 +21,8 @@ QColor statusColor(); ///< status lines, blue
 
 /// Style, palette, font and icon of the application. Once, after the application object was made.
 void install();
+/// Loads the fonts that windows use, so that the first one shows sooner. To be called while the start waits anyway.
+void warmUp();
 
 enum class Resizing { Fixed, Free };
 /// White, with the product's icon, only a close button, movable by its background; `Fixed` keeps it at the size of its

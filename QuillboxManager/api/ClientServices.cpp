@@ -27,6 +27,7 @@ ClientServices::ClientServices()
 
 const ClientServices &ClientServices::shared()
 {
-    static const ClientServices services;
-    return services;
+    // Never destroyed: a background call may outlive the static objects of a process that quits.
+    static const auto *const services = new ClientServices;
+    return *services;
 }

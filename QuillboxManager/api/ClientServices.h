@@ -25,6 +25,7 @@ struct ClientServices {
 
     // Of the whole exchange.
     std::chrono::milliseconds callTimeout{60'000};
+    std::chrono::milliseconds logoutTimeout{5'000};
     std::chrono::milliseconds reachabilityTimeout{5'000};
     std::chrono::milliseconds probeTimeout{8'000};
 

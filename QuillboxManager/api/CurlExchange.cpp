@@ -1,7 +1,6 @@
 #include "api/CurlExchange.h"
 
 #include <algorithm>
-#include <memory>
 
 namespace
 {
@@ -15,7 +14,6 @@ constexpr long transferBuffer = 256 * 1024; // bytes, of uploads
 constexpr qint64 leastProgress = 1024;      // bytes per stall time-out
 
 using Clock = std::chrono::steady_clock;
-using HeaderList = std::unique_ptr<curl_slist, decltype(&curl_slist_free_all)>;
 
 /// Watches that an exchange goes on moving.
 class StallWatch
@@ -45,16 +43,13 @@ private:
     qint64 movedBefore = 0;
 };
 
-HeaderList headerList(const HttpRequest &request)
+/// Remembers what is to be set; true when it was set to something else, or not at all.
+template <class Value> bool changes(std::optional<Value> &current, const Value &wanted)
 {
-    // An empty "Expect:" keeps the library from waiting for a "100 Continue" that many servers never send.
-    HeaderList list(curl_slist_append(nullptr, "Expect:"), curl_slist_free_all);
-    for (const auto &[name, value] : request.headers)
-        if (curl_slist *longer = curl_slist_append(list.get(), (name + ": " + value).constData())) {
-            list.release();
-            list.reset(longer);
-        }
-    return list;
+    if (current == wanted)
+        return false;
+    current = wanted;
+    return true;
 }
 
 } // namespace
@@ -69,6 +64,7 @@ CurlExchange::~CurlExchange()
 {
     curl_easy_cleanup(easy);
     curl_multi_cleanup(multi);
+    curl_slist_free_all(headerList);
 }
 
 void CurlExchange::setPermanentOptions(CURLSH *cookies)
@@ -99,22 +95,61 @@ void CurlExchange::setPermanentOptions(CURLSH *cookies)
 
 void CurlExchange::setOptions(const HttpRequest &request, const QByteArray &url, const ProxyChoice &proxy)
 {
-    const auto text = [](const QByteArray &value) { return value.isEmpty() ? nullptr : value.constData(); };
+    setUrl(url);
+    setLimits(request);
+    setProxy(proxy);
+    setHeaders(request.headers);
+    setBody(request);
+    setTrust(request.acceptAnyCertificate);
+}
+
+void CurlExchange::setUrl(const QByteArray &url)
+{
+    if (url == settings.url)
+        return;
+    settings.url = url;
+    curl_easy_setopt(easy, CURLOPT_URL, url.constData());
+    const bool secure = url.startsWith("https:");
+    if (changes(settings.secureOnly, secure))
+        curl_easy_setopt(easy, CURLOPT_REDIR_PROTOCOLS_STR, secure ? "https" : "http,https");
+}
+
+void CurlExchange::setLimits(const HttpRequest &request)
+{
     // Zero means "no limit" to the library.
     const bool watched = request.stallTimeout.count() > 0;
     const auto limit = watched ? 0L : static_cast<long>(std::max<qint64>(1, request.timeout.count()));
     const auto largest = request.sink ? curl_off_t(0) : static_cast<curl_off_t>(request.replyLimit);
+    if (changes(settings.timeout, limit))
+        curl_easy_setopt(easy, CURLOPT_TIMEOUT_MS, limit);
+    if (changes(settings.largest, largest))
+        curl_easy_setopt(easy, CURLOPT_MAXFILESIZE_LARGE, largest);
+    if (changes(settings.freshConnection, request.freshConnection))
+        curl_easy_setopt(easy, CURLOPT_FRESH_CONNECT, request.freshConnection ? 1L : 0L);
+}
 
-    curl_easy_setopt(easy, CURLOPT_URL, url.constData());
-    curl_easy_setopt(easy, CURLOPT_TIMEOUT_MS, limit);
-    curl_easy_setopt(easy, CURLOPT_FRESH_CONNECT, request.freshConnection ? 1L : 0L);
-    curl_easy_setopt(easy, CURLOPT_MAXFILESIZE_LARGE, largest);
-    curl_easy_setopt(easy, CURLOPT_REDIR_PROTOCOLS_STR, url.startsWith("https:") ? "https" : "http,https");
+void CurlExchange::setProxy(const ProxyChoice &proxy)
+{
+    if (!changes(settings.proxy, proxy))
+        return;
+    const auto text = [](const QByteArray &value) { return value.isEmpty() ? nullptr : value.constData(); };
     curl_easy_setopt(easy, CURLOPT_PROXY, proxy.url.constData()); // empty: none, not even the environment's
     curl_easy_setopt(easy, CURLOPT_PROXYUSERNAME, text(proxy.user));
     curl_easy_setopt(easy, CURLOPT_PROXYPASSWORD, text(proxy.password));
-    setBody(request);
-    setTrust(request.acceptAnyCertificate);
+}
+
+void CurlExchange::setHeaders(const QList<Header> &headers)
+{
+    if (!changes(settings.headers, headers))
+        return;
+    // An empty "Expect:" keeps the library from waiting for a "100 Continue" that many servers never send.
+    curl_slist *list = curl_slist_append(nullptr, "Expect:");
+    for (const auto &[name, value] : headers)
+        if (curl_slist *longer = curl_slist_append(list, (name + ": " + value).constData()))
+            list = longer;
+    curl_easy_setopt(easy, CURLOPT_HTTPHEADER, list);
+    curl_slist_free_all(headerList);
+    headerList = list;
 }
 
 void CurlExchange::setBody(const HttpRequest &request)
@@ -128,6 +163,8 @@ void CurlExchange::setBody(const HttpRequest &request)
 
 void CurlExchange::setTrust(bool acceptAnyCertificate)
 {
+    if (!changes(settings.anyCertificate, acceptAnyCertificate))
+        return;
     curl_easy_setopt(easy, CURLOPT_SSL_VERIFYPEER, acceptAnyCertificate ? 0L : 1L);
     curl_easy_setopt(easy, CURLOPT_SSL_VERIFYHOST, acceptAnyCertificate ? 0L : 2L);
     curl_easy_setopt(easy, CURLOPT_SSL_CIPHER_LIST, acceptAnyCertificate ? "DEFAULT@SECLEVEL=0" : nullptr);
@@ -143,14 +180,11 @@ HttpReply CurlExchange::post(const HttpRequest &request, const QByteArray &url, 
     std::optional<StopSignal::Listener> listener;
     if (request.stop)
         listener.emplace(request.stop, [this] { wakeUp(); });
-    const HeaderList headers = headerList(request);
     setOptions(request, url, proxy);
-    curl_easy_setopt(easy, CURLOPT_HTTPHEADER, headers.get());
     curl_multi_add_handle(multi, easy);
     const CURLcode result = run(stopping);
     curl_multi_remove_handle(multi, easy);
-    const HttpReply answer = reply(result, request);
-    curl_easy_setopt(easy, CURLOPT_HTTPHEADER, nullptr);
+    HttpReply answer = reply(result, request);
     state = State();
     return answer;
 }
@@ -223,7 +257,7 @@ HttpReply CurlExchange::reply(CURLcode result, const HttpRequest &request)
     curl_easy_getinfo(easy, CURLINFO_EFFECTIVE_URL, &finalUrl);
     curl_easy_getinfo(easy, CURLINFO_CONTENT_TYPE, &contentType);
     answer.status = static_cast<int>(status);
-    answer.body = state.body;
+    answer.body = std::move(state.body);
     answer.finalUrl = redirects == 0 ? request.url : QString::fromUtf8(finalUrl);
     answer.contentType = contentType;
     answer.headers = headersOf(request.wantedHeaders);

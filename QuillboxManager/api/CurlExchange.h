@@ -28,8 +28,14 @@ public:
     void deleteCookies();
 
 private:
+    using Header = QPair<QByteArray, QByteArray>;
+
     void setPermanentOptions(CURLSH *cookies);
     void setOptions(const HttpRequest &request, const QByteArray &url, const ProxyChoice &proxy);
+    void setUrl(const QByteArray &url);
+    void setLimits(const HttpRequest &request);
+    void setProxy(const ProxyChoice &proxy);
+    void setHeaders(const QList<Header> &headers);
     void setBody(const HttpRequest &request);
     void setTrust(bool acceptAnyCertificate);
     CURLcode run(const std::atomic<bool> &stopping);
@@ -47,6 +53,20 @@ private:
 
     CURL *easy = nullptr;
     CURLM *multi = nullptr;
+
+    // What the handle is set to: setting it again would cost more than the comparison. Nothing: not set yet.
+    struct Settings {
+        QByteArray url;
+        std::optional<bool> secureOnly; ///< redirects stay with HTTPS
+        std::optional<long> timeout;
+        std::optional<curl_off_t> largest;
+        std::optional<bool> freshConnection;
+        std::optional<ProxyChoice> proxy;
+        std::optional<bool> anyCertificate;
+        std::optional<QList<Header>> headers;
+    };
+    Settings settings;
+    curl_slist *headerList = nullptr; ///< of `settings.headers`
 
     // Of the exchange in progress.
     struct State {

@@ -2,8 +2,7 @@
 
 #include "api/CurlExchange.h"
 #include "api/ProxyResolver.h"
-
-#include <QUrl>
+#include "api/WireAddress.h"
 
 #include <algorithm>
 #include <array>
@@ -55,12 +54,13 @@ void initializeOnce()
     Q_UNUSED(done)
 }
 
-/// The address as it goes over the wire, empty when it is not an absolute http or https address.
-QUrl wireUrl(const QString &text)
+constexpr std::chrono::milliseconds longestProxyWait{2000};
+
+/// What is left of the time for the proxy's look-up, small beside that of the exchange.
+std::chrono::milliseconds proxyPatience(const HttpRequest &request)
 {
-    const QUrl url(text, QUrl::TolerantMode);
-    const bool http = url.scheme() == QLatin1String("http") || url.scheme() == QLatin1String("https");
-    return url.isValid() && http && !url.host().isEmpty() ? url : QUrl();
+    const bool watched = request.stallTimeout.count() > 0;
+    return std::min((watched ? request.stallTimeout : request.timeout) / 10, longestProxyWait);
 }
 
 } // namespace
@@ -82,6 +82,8 @@ public:
     void giveBack(Exchange exchange);
     void reap();
     void stop();
+    HttpReply send(CurlExchange &exchange, const HttpRequest &request, const WireAddress &address);
+    ProxyChoice askForProxy(const HttpRequest &request, const WireAddress &address);
 
     const std::chrono::milliseconds idleLife;
     CookieShare cookies;
@@ -167,6 +169,25 @@ void HttpTransport::Private::stop()
     for (CurlExchange *exchange : busy)
         exchange->wakeUp();
     wakeReaper.notify_all();
+    proxies.wakeUp();
+}
+
+ProxyChoice HttpTransport::Private::askForProxy(const HttpRequest &request, const WireAddress &address)
+{
+    const StopSignal::Listener listener(request.stop, [this] { proxies.wakeUp(); });
+    return proxies.ask(address.server(), proxyPatience(request),
+                       [&] { return stopping || (request.stop && request.stop->isStopped()); });
+}
+
+HttpReply HttpTransport::Private::send(CurlExchange &exchange, const HttpRequest &request, const WireAddress &address)
+{
+    if (const std::optional<ProxyChoice> known = proxies.known(address.server()))
+        return exchange.post(request, address.bytes(), *known, stopping);
+    const auto begun = Clock::now();
+    const ProxyChoice proxy = askForProxy(request, address);
+    HttpRequest rest = request;
+    rest.timeout -= std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begun);
+    return exchange.post(rest, address.bytes(), proxy, stopping);
 }
 
 HttpTransport &HttpTransport::shared()
@@ -195,18 +216,17 @@ HttpTransport::~HttpTransport()
 HttpReply HttpTransport::post(const HttpRequest &request)
 {
     HttpReply failed;
-    const QUrl url = wireUrl(request.url);
-    if (url.isEmpty()) {
+    const std::optional<WireAddress> address = WireAddress::of(request.url);
+    if (!address) {
         failed.error = transportError(TransportError::BadURL);
         return failed;
     }
-    const ProxyChoice proxy = d->proxies.proxyFor(url);
     Private::Exchange exchange = d->take();
     if (!exchange) {
         failed.error = transportError(d->stopping ? TransportError::Cancelled : TransportError::CannotConnect);
         return failed;
     }
-    HttpReply reply = exchange->post(request, url.toEncoded(), proxy, d->stopping);
+    HttpReply reply = d->send(*exchange, request, *address);
     d->giveBack(std::move(exchange));
     return reply;
 }

@@ -100,8 +100,9 @@ std::optional<MXRRSA> MXRRSA::initWithCertificate(const QString &path)
         qint64 size = 0;
         std::optional<MXRRSA> encryptor;
     };
-    static std::mutex mutex;
-    static Parsed last;
+    // Neither is ever destroyed: a background call may outlive the static objects of a process that quits.
+    static auto &mutex = *new std::mutex;
+    static auto &last = *new Parsed;
 
     const QFileInfo file(path);
     const std::lock_guard lock(mutex);

@@ -1,36 +1,87 @@
 #include "api/ProxyResolver.h"
 
+#include "platform/Dispatch.h"
+
+#include <QHash>
 #include <QNetworkProxyFactory>
 
-using namespace Qt::StringLiterals;
+#include <condition_variable>
+#include <mutex>
 
 namespace
 {
 
-constexpr qint64 rememberedMilliseconds = 5000;
+using Clock = std::chrono::steady_clock;
+
+constexpr std::chrono::seconds remembered{5};
 constexpr qsizetype mostServers = 64;
+
+struct Entry {
+    ProxyChoice choice;
+    std::optional<Clock::time_point> answeredAt;
+    std::optional<Clock::time_point> askedAt; ///< set while a question is in progress
+};
 
 } // namespace
 
-ProxyChoice ProxyResolver::proxyFor(const QUrl &url)
+struct ProxyResolver::State {
+    Ask ask;
+    std::mutex mutex; ///< guards what follows
+    std::condition_variable changed;
+    QHash<QByteArray, Entry> entries;
+};
+
+ProxyResolver::ProxyResolver(Ask ask) : state(std::make_shared<State>())
 {
-    const QString server = url.scheme() + u"://"_s + url.authority();
-    const std::lock_guard lock(mutex);
-    if (!clock.isValid())
-        clock.start();
-    const auto known = entries.constFind(server);
-    if (known != entries.constEnd() && clock.elapsed() - known->askedAt < rememberedMilliseconds)
-        return known->choice;
-    if (entries.size() >= mostServers)
-        entries.clear();
-    const ProxyChoice choice = ask(url);
-    entries.insert(server, Entry{choice, clock.elapsed()});
-    return choice;
+    state->ask = std::move(ask);
 }
 
-ProxyChoice ProxyResolver::ask(const QUrl &url)
+std::optional<ProxyChoice> ProxyResolver::known(QByteArrayView server) const
 {
-    for (const QNetworkProxy &proxy : QNetworkProxyFactory::systemProxyForQuery(QNetworkProxyQuery(url))) {
+    const auto key = QByteArray::fromRawData(server.data(), server.size());
+    const auto now = Clock::now();
+    const std::lock_guard lock(state->mutex);
+    const auto entry = state->entries.constFind(key);
+    if (entry == state->entries.constEnd() || !entry->answeredAt || now - *entry->answeredAt >= remembered)
+        return {};
+    return entry->choice;
+}
+
+ProxyChoice ProxyResolver::ask(QByteArrayView server, std::chrono::milliseconds patience,
+                               const std::function<bool()> &abandoned)
+{
+    const QByteArray key = server.toByteArray();
+    std::unique_lock lock(state->mutex);
+    if (!state->entries.contains(key) && state->entries.size() >= mostServers)
+        state->entries.clear();
+    Entry &entry = state->entries[key];
+    const auto answeredBefore = entry.answeredAt;
+    if (!entry.askedAt) {
+        entry.askedAt = Clock::now();
+        platform::dispatchGlobal([shared = state, key] { answer(*shared, key); });
+    }
+    state->changed.wait_until(lock, *entry.askedAt + patience,
+                              [&] { return abandoned() || state->entries.value(key).answeredAt != answeredBefore; });
+    return state->entries.value(key).choice;
+}
+
+void ProxyResolver::answer(State &state, const QByteArray &server)
+{
+    const ProxyChoice choice = state.ask(QUrl::fromEncoded(server));
+    const std::lock_guard lock(state.mutex);
+    state.entries[server] = {choice, Clock::now(), {}};
+    state.changed.notify_all();
+}
+
+void ProxyResolver::wakeUp()
+{
+    const std::lock_guard lock(state->mutex);
+    state->changed.notify_all();
+}
+
+ProxyChoice ProxyResolver::askDesktop(const QUrl &server)
+{
+    for (const QNetworkProxy &proxy : QNetworkProxyFactory::systemProxyForQuery(QNetworkProxyQuery(server))) {
         QByteArray scheme;
         if (proxy.type() == QNetworkProxy::HttpProxy || proxy.type() == QNetworkProxy::HttpCachingProxy)
             scheme = "http://";

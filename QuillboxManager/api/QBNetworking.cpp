@@ -22,6 +22,14 @@ QString scheme(bool https)
     return https ? u"https://"_s : u"http://"_s;
 }
 
+/// Shared by all requests; never destroyed, like the client itself.
+const QList<QPair<QByteArray, QByteArray>> &bodyHeaders()
+{
+    static const auto &headers =
+        *new QList<QPair<QByteArray, QByteArray>>{{"Content-Type", "application/x-www-form-urlencoded charset=utf-8"}};
+    return headers;
+}
+
 } // namespace
 
 QBNetworking &QBNetworking::sharedNetworking()
@@ -153,7 +161,7 @@ HttpRequest QBNetworking::requestFor(const QString &url, const QByteArray &body)
     request.url = url;
     request.body = body;
     request.timeout = services.callTimeout;
-    request.headers = {{"Content-Type", "application/x-www-form-urlencoded charset=utf-8"}};
+    request.headers = bodyHeaders();
     return request;
 }
 

@@ -110,6 +110,7 @@ public:
     QString getWebTokenid();
     /// "expires" of the reply, nothing on any error.
     std::optional<QJsonValue> refreshToken();
+    /// Ends within the short time-out of its own: the user waits for it.
     void logoutCurrentAccountWithHandle(const std::function<void()> &handle);
     ServerReply sendAuthVCode(const QString &account, const QString &password, const QString &oldtelnum, bool authbysms,
                               bool authbyemail, QBError *error);
@@ -163,7 +164,10 @@ private:
     bool probe(const QString &server, const QString &authPort, bool https, quint64 attempt);
 
     quint64 beginAttempt();
+    bool isLatest(quint64 attempt) const;
     bool storeSession(quint64 attempt, const QBGlobeAccount &account);
+    /// Unless a session other than that of `token` was opened meanwhile.
+    void storeSignedOut(quint64 attempt, const QString &token);
     QBError openSession(quint64 attempt, const QString &name, const QJsonObject &reply);
     void signIn(const QString &url, const QByteArray &body, const QString &name, const LoginHandle &handle);
 

@@ -54,7 +54,8 @@ void QBNetworking::serverConfigWithServer(const QString &server, const QString &
     globe.clearToken();
     runInBackground([this, server, authPort, attempt, handle = std::move(handle)] {
         globe.update(); // signed out whatever the probes find
-        const bool found = probe(server, authPort, true, attempt) || probe(server, authPort, false, attempt);
+        const bool found =
+            probe(server, authPort, true, attempt) || (isLatest(attempt) && probe(server, authPort, false, attempt));
         if (handle)
             handle(found ? ServerConfigResult::Succeeded : ServerConfigResult::Failed);
     });

@@ -23,6 +23,12 @@ quint64 QBNetworking::beginAttempt()
     return ++latestAttempt;
 }
 
+bool QBNetworking::isLatest(quint64 attempt) const
+{
+    const std::lock_guard lock(mutex);
+    return attempt == latestAttempt;
+}
+
 bool QBNetworking::storeSession(quint64 attempt, const QBGlobeAccount &account)
 {
     {
@@ -33,6 +39,20 @@ bool QBNetworking::storeSession(quint64 attempt, const QBGlobeAccount &account)
     }
     globe.update(); // outside the lock, which the main thread takes too
     return true;
+}
+
+void QBNetworking::storeSignedOut(quint64 attempt, const QString &token)
+{
+    QBGlobeAccount signedOut;
+    signedOut.name = signedOut.userID = signedOut.tokenID = u""_s;
+    {
+        const std::lock_guard lock(mutex);
+        // A sign-in that came meanwhile and failed has left the session that ends here.
+        if (attempt != latestAttempt && globe.account().tokenID != token)
+            return;
+        globe.setAccount(signedOut);
+    }
+    globe.update(); // outside the lock, which the main thread takes too
 }
 
 QBError QBNetworking::openSession(quint64 attempt, const QString &name, const QJsonObject &reply)
@@ -57,11 +77,10 @@ void QBNetworking::signIn(const QString &url, const QByteArray &body, const QStr
         return; // no completion: the server neither opened a session nor refused one
     if (!error)
         error = openSession(attempt, name, *reply);
-    if (error) {
-        handle(error, reply);
+    if (handle)
+        handle(error, error ? reply : ServerReply());
+    if (error)
         return;
-    }
-    handle({}, {});
     if (!refreshToken())
         platform::log(u"WORRING: refreshToken failed!"_s);
 }
@@ -116,12 +135,13 @@ std::optional<QJsonValue> QBNetworking::refreshToken()
 void QBNetworking::logoutCurrentAccountWithHandle(const std::function<void()> &handle)
 {
     if (isLogin()) {
+        const QString token = tokenID();
         const quint64 attempt = beginAttempt();
+        HttpRequest request = requestFor(spliceURL(u"auth1"_s, u"logout"_s), QBApiManager::bodyLogout());
+        request.timeout = services.logoutTimeout;
         // Whatever the server says, this client is signed out.
-        call(spliceURL(u"auth1"_s, u"logout"_s), QBApiManager::bodyLogout(), nullptr);
-        QBGlobeAccount signedOut;
-        signedOut.name = signedOut.userID = signedOut.tokenID = u""_s;
-        storeSession(attempt, signedOut);
+        call(request, nullptr);
+        storeSignedOut(attempt, token);
     }
     if (handle)
         handle();

@@ -5,6 +5,8 @@
 #include <QElapsedTimer>
 #include <QTest>
 
+#include <thread>
+
 using testing::ScriptedAnswer;
 using testing::ScriptedServer;
 using namespace Qt::StringLiterals;
@@ -32,6 +34,11 @@ private Q_SLOTS:
     void probesHttpsThenHttp_data();
     void probesHttpsThenHttp();
     void dropsAnOvertakenProbe();
+    void stopsAnOvertakenProbe();
+    void signsOutDespiteARefusedSignIn();
+    void signsOutSoonDespiteASilentServer();
+    void signsInWithoutHandler_data();
+    void signsInWithoutHandler();
     void pingsTheStoredServer();
 };
 
@@ -209,6 +216,80 @@ void TestApiFailures::dropsAnOvertakenProbe()
     QCOMPARE(probeServer(client, u"127.0.0.1"_s, quick.portText()).get(), ServerConfigResult::Succeeded);
     QCOMPARE(first.get(), ServerConfigResult::Failed);
     QCOMPARE(client.networking.serverAuthPort(), quick.portText());
+}
+
+void TestApiFailures::stopsAnOvertakenProbe()
+{
+    ScriptedServer slow(ScriptedServer::Security::Either);
+    ScriptedServer quick;
+    slow.expect("POST /api/v1/ping ", ScriptedAnswer::hang());
+    quick.expect("POST /api/v1/ping ", ScriptedAnswer::json("{}"));
+    ApiClient client(slow);
+    std::future<ServerConfigResult> first = probeServer(client, u"127.0.0.1"_s, slow.portText());
+    QVERIFY(slow.waitForRequests(1));
+    QCOMPARE(probeServer(client, u"127.0.0.1"_s, quick.portText()).get(), ServerConfigResult::Succeeded);
+    QCOMPARE(first.get(), ServerConfigResult::Failed);
+    QCOMPARE(slow.complaint(), QString());
+}
+
+void TestApiFailures::signsOutDespiteARefusedSignIn()
+{
+    ScriptedServer server;
+    ApiClient client(server, std::chrono::seconds(5));
+    client.signIn();
+    QVERIFY(client.globe.update());
+    ScriptedAnswer late = ScriptedAnswer::json("{}");
+    late.drip = std::chrono::milliseconds(4);
+    server.expect("POST /api/v1/auth1?method=logout", late)
+        .expect("POST /api/v1/auth1?method=getnew", ScriptedAnswer::json(R"({"errcode":401003})"));
+    std::thread signOut([&] { client.networking.logoutCurrentAccountWithHandle({}); });
+    const bool asked = server.waitForRequests(1);
+    int refusals = 0;
+    client.networking.loginWithAccountName(u"other"_s, u"p"_s, {}, {},
+                                           [&](const QBError &error, const ServerReply &) { refusals += !!error; });
+    signOut.join();
+    QVERIFY(asked);
+    QCOMPARE(refusals, 1);
+    QVERIFY(!client.networking.isLogin());
+    const QBGlobeInformation stored(client.globe.path(), true);
+    QCOMPARE(stored.account().name + stored.account().userID + stored.account().tokenID, QString());
+    QCOMPARE(server.complaint(), QString());
+}
+
+void TestApiFailures::signsOutSoonDespiteASilentServer()
+{
+    ScriptedServer server;
+    ApiClient client(server);
+    client.signIn();
+    server.expect("POST /api/v1/auth1?method=logout", ScriptedAnswer::hang());
+    ClientServices services = client.services();
+    services.callTimeout = std::chrono::seconds(20);
+    services.logoutTimeout = std::chrono::milliseconds(200);
+    QBNetworking networking(client.globe, client.transport, client.defaults, services);
+    QElapsedTimer timer;
+    timer.start();
+    networking.logoutCurrentAccountWithHandle({});
+    QVERIFY2(timer.elapsed() < 5000, "the login window waits for this");
+    QVERIFY(!networking.isLogin());
+    QCOMPARE(server.complaint(), QString());
+}
+
+void TestApiFailures::signsInWithoutHandler_data()
+{
+    QTest::addColumn<QByteArray>("reply");
+    QTest::addColumn<bool>("signedIn");
+    QTest::newRow("refused") << R"({"errcode":401003})"_ba << false;
+    QTest::newRow("accepted") << R"({"expires":1,"userid":"u","tokenid":"t"})"_ba << true;
+}
+
+void TestApiFailures::signsInWithoutHandler()
+{
+    QFETCH(QByteArray, reply);
+    ScriptedServer server;
+    server.answerAll(ScriptedAnswer::json(reply));
+    ApiClient client(server);
+    client.networking.loginWithAccountName(u"ann"_s, u"p"_s, {}, {}, {});
+    QTEST(client.networking.isLogin(), "signedIn");
 }
 
 void TestApiFailures::pingsTheStoredServer()

@@ -43,13 +43,6 @@ void TestQBError::fillsTheSlots()
     const QBError lock = QBError::errorForLockRenameFile(u"a %@ b"_s, u"bob"_s);
     QCOMPARE(lock.code(), 403031);
     QCOMPARE(lock.localizedDescription(), u"无法执行重命名操作，文件 “<a %@ b>” 已被 <bob> 锁定"_s);
-    QCOMPARE(QBError::errorForDownloadInvalidPathName(u"/x"_s).localizedRecoverySuggestion(),
-             u"路径\"/x\"不存在，可能其所在路径发生变更"_s);
-    QCOMPARE(QBError::errorForUploadDocSizeLimit(u"f"_s, u"10MB"_s).localizedRecoverySuggestion(),
-             u"文件 “f” 已大于10MB文件大小的限制"_s);
-    QCOMPARE(QBError::errorForInvalidName().localizedRecoverySuggestion(),
-             u"文档名称不能包含下列任何字符：\\ / : * ? \" < > |"_s);
-    QCOMPARE(QBError::errorForFilePathTooLong().localizedDescription(), u"0x01000002"_s);
 }
 
 void TestQBError::keepsErrorsWithoutText()

@@ -895,6 +895,10 @@
         <translation>The server did not accept this client's version information. Contact your administrator.</translation>
     </message>
     <message>
+        <source>ServerErrorWithoutText</source>
+        <translation>The server reported error %@.</translation>
+    </message>
+    <message>
         <source>TransportBadReply</source>
         <translation>The server's answer could not be understood. Check that the address and port belong to a document server.</translation>
     </message>

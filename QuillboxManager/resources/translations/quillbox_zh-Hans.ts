@@ -895,6 +895,10 @@
         <translation>服务器不接受此客户端的版本信息，请联系管理员。</translation>
     </message>
     <message>
+        <source>ServerErrorWithoutText</source>
+        <translation>服务器报告错误 %@。</translation>
+    </message>
+    <message>
         <source>TransportBadReply</source>
         <translation>服务器的答复无法识别，请检查地址和端口是否属于文档服务器。</translation>
     </message>

@@ -895,6 +895,10 @@
         <translation>伺服器不接受此用戶端的版本資訊，請聯絡管理員。</translation>
     </message>
     <message>
+        <source>ServerErrorWithoutText</source>
+        <translation>伺服器回報錯誤 %@。</translation>
+    </message>
+    <message>
         <source>TransportBadReply</source>
         <translation>伺服器的回覆無法辨識，請檢查位址和連接埠是否屬於文件伺服器。</translation>
     </message>

@@ -109,6 +109,7 @@ void OpenFile::beginWriting(qint64 keptLength)
 void OpenFile::noteWritten()
 {
     unsaved = true;
+    saveFailed = false;
     show(stage->size(), services.now());
 }
 
@@ -148,7 +149,7 @@ WriteStage &OpenFile::wholeStage()
 void OpenFile::saved(const DocumentPointer &document)
 {
     base = document;
-    unsaved = false;
+    unsaved = saveFailed = false;
     show(stage ? stage->size() : document->size, document->modified);
 }
 

@@ -59,6 +59,9 @@ public:
     std::unique_lock<std::mutex> seize() { return std::unique_lock(content); }
     // With the contents seized:
     bool needsSaving() const { return unsaved && life == Life::Shared; }
+    /// Saving failed, and nothing was written since.
+    bool failedAlready() const { return saveFailed; }
+    void noteFailedSaving() { saveFailed = true; }
     /// All of the contents, local and complete.
     WriteStage &wholeStage();
     /// The contents are on the server as this document.
@@ -77,10 +80,11 @@ private:
     void show(qint64 size, qint64 modified);
 
     const FileServices &services;
-    std::mutex content; ///< guards the five that follow, also while the server is asked for contents
+    std::mutex content; ///< guards the six that follow, also while the server is asked for contents
     DocumentPointer base;
     std::unique_ptr<WriteStage> stage;
     bool unsaved = false;
+    bool saveFailed = false;
     bool locked = false;
     Life life = Life::Shared;
 

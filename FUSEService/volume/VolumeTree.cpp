@@ -150,7 +150,7 @@ void VolumeTree::close(Inode inode, Closing who)
 {
     try {
         if (who == Closing::Writer)
-            save(inode, Lock::Release);
+            save(inode, Lock::Release, Attempt::UnlessFailed);
     } catch (const Errno &) {
         // Told to the program by its close already where there was one; the contents stay and are tried again.
     }
@@ -179,14 +179,21 @@ void VolumeTree::rescueUnsaved(const QString &folder)
     }
 }
 
-void VolumeTree::save(Inode inode, Lock lock)
+void VolumeTree::save(Inode inode, Lock lock, Attempt attempt)
 {
     const auto file = nodes.node(inode).file;
     if (!file)
         return;
     const auto seized = file->seize();
-    if (file->needsSaving())
-        saveSeized(nodes.node(inode), *file);
+    if (file->needsSaving() && file->failedAlready() && attempt == Attempt::UnlessFailed)
+        return;
+    try {
+        if (file->needsSaving())
+            saveSeized(nodes.node(inode), *file);
+    } catch (const Errno &) {
+        file->noteFailedSaving();
+        throw;
+    }
     if (lock == Lock::Release)
         file->releaseLock();
 }

@@ -41,9 +41,13 @@ public:
     void truncate(Inode inode, qint64 size);
     void setModified(Inode inode, qint64 modified);
     enum class Lock { Keep, Release };
+    enum class Attempt {
+        Again,       ///< also when saving the same contents failed before
+        UnlessFailed ///< nobody is there to hear of a second failure
+    };
     /// Saves what is unsaved; the lock is kept when that fails.
-    void save(Inode inode, Lock lock);
-    /// Closes it once; a writer's close tries to save what is unsaved.
+    void save(Inode inode, Lock lock, Attempt attempt = Attempt::Again);
+    /// Closes it once; a writer's close saves what was written since its last attempt.
     enum class Closing { Reader, Writer };
     void close(Inode inode, Closing who);
     /// Tries to save everything.

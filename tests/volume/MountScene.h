@@ -11,6 +11,7 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
+#include <csignal>
 #include <memory>
 
 namespace testing
@@ -28,6 +29,9 @@ public:
     void stop();
     /// Also after `stop`, on the same port and with the same documents.
     bool restart();
+    /// It takes connections and answers nothing until `resume`.
+    void pause() { ::kill(static_cast<pid_t>(process.processId()), SIGSTOP); }
+    void resume() { ::kill(static_cast<pid_t>(process.processId()), SIGCONT); }
     /// The scenario from now on; waits until it is in force.
     bool setScenario(const QJsonObject &scenario);
     bool signIn();

@@ -1,0 +1,333 @@
+#include "MountScene.h"
+
+#include "platform/Host.h"
+#include "state/NotificationNames.h"
+#include "support/PrivateBus.h"
+#include "support/TestMain.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QTest>
+
+#include <cerrno>
+#include <csignal>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+using testing::MountedService;
+using testing::pattern;
+using testing::runScript;
+using testing::ServerScene;
+
+/// What programs meet when the server, the network, the session or the service fails.
+class TestMountFaults : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup();
+    void tellsServerErrors_data();
+    void tellsServerErrors();
+    void keepsWhatCouldNotBeSaved();
+    void survivesACutRead();
+    void survivesACutUpload();
+    void survivesTheServersAbsence();
+    void isNotHeldUpByAHangingServer();
+    void findsTheNextSession();
+    void leavesNothingHalfWhenKilled();
+    void stops_data();
+    void stops();
+    void savesAtTheEnd();
+    void rescuesWhatCannotBeSaved();
+
+private:
+    QByteArray path(const QString &name) const { return (home + u'/' + name).toUtf8(); }
+    int writeFile(const QString &name, const QByteArray &bytes, int flags = O_CREAT | O_TRUNC) const;
+    QByteArray readFile(const QString &name) const;
+    int failureOf(const QString &operation) const;
+    bool restartService();
+
+    std::unique_ptr<testing::PrivateBus> bus;
+    std::unique_ptr<ServerScene> server;
+    std::unique_ptr<MountedService> service;
+    QString home;
+};
+
+/// errno of the first call that fails, 0 when all succeed.
+int TestMountFaults::writeFile(const QString &name, const QByteArray &bytes, int flags) const
+{
+    const int file = ::open(path(name).constData(), O_WRONLY | flags, 0600);
+    if (file < 0)
+        return errno;
+    const int failed = ::write(file, bytes.constData(), static_cast<std::size_t>(bytes.size())) < 0 ? errno : 0;
+    const int closed = ::close(file) != 0 ? errno : 0;
+    return failed != 0 ? failed : closed;
+}
+
+QByteArray TestMountFaults::readFile(const QString &name) const
+{
+    QFile file(QString::fromUtf8(path(name)));
+    if (!file.open(QIODevice::ReadOnly))
+        return "cannot be opened";
+    const QByteArray bytes = file.readAll();
+    return file.error() == QFile::NoError ? bytes : QByteArray("cannot be read");
+}
+
+bool TestMountFaults::restartService()
+{
+    service.reset();
+    service = std::make_unique<MountedService>();
+    if (!service->isReady())
+        return false;
+    home = service->home();
+    return true;
+}
+
+void TestMountFaults::initTestCase()
+{
+    bus = std::make_unique<testing::PrivateBus>();
+    server = std::make_unique<ServerScene>();
+    QVERIFY(server->start());
+    QVERIFY(server->upload(u"old"_s, pattern(3 * 1024 * 1024)));
+    QVERIFY(server->upload(u"small"_s, "small"));
+}
+
+void TestMountFaults::init()
+{
+    QVERIFY2(restartService(), qPrintable(service->log()));
+}
+
+void TestMountFaults::cleanup()
+{
+    QVERIFY(server->setScenario({}));
+    service.reset();
+}
+
+int TestMountFaults::failureOf(const QString &operation) const
+{
+    char bytes[10];
+    if (operation == u"list"_s) {
+        QDir(home + u"/folder"_s).entryList();
+        return ::access(path(u"folder/x"_s).constData(), F_OK) == 0 ? 0 : errno;
+    }
+    if (operation == u"read"_s) {
+        const int file = ::open(path(u"small"_s).constData(), O_RDONLY);
+        const int number = ::read(file, bytes, sizeof bytes) < 0 ? errno : 0;
+        ::close(file);
+        return number;
+    }
+    if (operation == u"overwrite"_s)
+        return writeFile(u"small"_s, "other", 0);
+    if (operation == u"create"_s)
+        return writeFile(u"made"_s, "made");
+    if (operation == u"mkdir"_s)
+        return ::mkdir(path(u"new folder"_s).constData(), 0700) == 0 ? 0 : errno;
+    if (operation == u"unlink"_s)
+        return ::unlink(path(u"small"_s).constData()) == 0 ? 0 : errno;
+    return ::rename(path(u"small"_s).constData(), path(u"smaller"_s).constData()) == 0 ? 0 : errno;
+}
+
+void TestMountFaults::tellsServerErrors_data()
+{
+    QTest::addColumn<QString>("call");
+    QTest::addColumn<int>("code");
+    QTest::addColumn<QString>("operation");
+    QTest::addColumn<int>("number");
+    const auto row = [](const QString &call, int code, const QString &operation, int number) {
+        QTest::addRow("%s %d", qPrintable(call), code) << call << code << operation << number;
+    };
+    row(u"dir.list"_s, 404006, u"list"_s, ENOENT);
+    row(u"dir.list"_s, 500001, u"list"_s, EIO);
+    row(u"file.read"_s, 403002, u"read"_s, EACCES);
+    row(u"file.read"_s, 404006, u"read"_s, ENOENT);
+    row(u"autolock.trylock"_s, 403031, u"overwrite"_s, EBUSY);
+    row(u"file.upload"_s, 403001, u"overwrite"_s, EDQUOT);
+    row(u"file.upload"_s, 403172, u"overwrite"_s, EROFS);
+    row(u"file.upload"_s, 403070, u"create"_s, EFBIG);
+    row(u"file.upload"_s, 403181, u"create"_s, EPERM);
+    row(u"dir.create"_s, 403171, u"mkdir"_s, EROFS);
+    row(u"dir.create"_s, 403039, u"mkdir"_s, EEXIST);
+    row(u"file.delete"_s, 403002, u"unlink"_s, EACCES);
+    row(u"file.rename"_s, 403182, u"rename"_s, EPERM);
+    row(u"file.rename"_s, 403031, u"rename"_s, EBUSY);
+}
+
+void TestMountFaults::tellsServerErrors()
+{
+    QFETCH(QString, call);
+    QFETCH(int, code);
+    QFETCH(QString, operation);
+    QFETCH(int, number);
+    QCOMPARE(readFile(u"old"_s), pattern(3 * 1024 * 1024));
+    ::mkdir(path(u"folder"_s).constData(), 0700);
+    QVERIFY(::access(path(u"small"_s).constData(), F_OK) == 0); // its listing is known
+    QVERIFY(server->setScenario({{u"fail"_s, QJsonObject{{call, code}}}}));
+    QCOMPARE(failureOf(operation), number);
+    QVERIFY(service->says(QString::number(code)));
+    QVERIFY(server->setScenario({}));
+    QCOMPARE(server->contents(u"small"_s), "small");
+    QVERIFY(server->idOf(u"made"_s).isNull());
+    if (operation == u"overwrite"_s) // what waited to be saved, or nothing
+        QCOMPARE(writeFile(u"small"_s, "small", O_TRUNC), 0);
+    else if (operation == u"create"_s)
+        QCOMPARE(::unlink(path(u"made"_s).constData()), 0);
+}
+
+void TestMountFaults::keepsWhatCouldNotBeSaved()
+{
+    QVERIFY(server->setScenario({{u"fail"_s, QJsonObject{{u"file.upload"_s, 403001}}}}));
+    QCOMPARE(writeFile(u"kept"_s, "kept"), EDQUOT);
+    QCOMPARE(readFile(u"kept"_s), "kept");
+    QCOMPARE(runScript(home, u"ls kept"_s).output, "kept\n");
+    QVERIFY(server->setScenario({}));
+    QCOMPARE(writeFile(u"kept"_s, "", O_APPEND), 0); // opened and closed once more
+    QCOMPARE(server->contents(u"kept"_s), "kept");
+}
+
+void TestMountFaults::survivesACutRead()
+{
+    QVERIFY(server->setScenario({{u"cut"_s, QJsonObject{{u"file.read"_s, 1000}}}}));
+    QCOMPARE(readFile(u"old"_s), "cannot be read");
+    QVERIFY(server->setScenario({}));
+    QCOMPARE(readFile(u"old"_s), pattern(3 * 1024 * 1024));
+}
+
+void TestMountFaults::survivesACutUpload()
+{
+    const QByteArray bytes = pattern(2 * 1024 * 1024, 8);
+    QVERIFY(server->setScenario({{u"cut"_s, QJsonObject{{u"file.upload"_s, 100'000}}}}));
+    QCOMPARE(writeFile(u"small"_s, bytes), EIO);
+    QCOMPARE(writeFile(u"never"_s, bytes), EIO);
+    QVERIFY(server->setScenario({}));
+    QCOMPARE(server->contents(u"small"_s), "small");
+    QVERIFY(server->idOf(u"never"_s).isNull());
+    QCOMPARE(readFile(u"small"_s), bytes);
+    QCOMPARE(writeFile(u"small"_s, "", O_APPEND), 0);
+    QCOMPARE(server->contents(u"small"_s), bytes);
+    QCOMPARE(::unlink(path(u"never"_s).constData()), 0);
+    QCOMPARE(writeFile(u"small"_s, "small"), 0);
+}
+
+void TestMountFaults::survivesTheServersAbsence()
+{
+    QVERIFY(::access(path(u"small"_s).constData(), F_OK) == 0); // the listing is known
+    server->stop();
+    QElapsedTimer time;
+    time.start();
+    QCOMPARE(writeFile(u"away"_s, "away"), EIO);
+    QVERIFY(readFile(u"old"_s).startsWith("cannot be"));
+    QVERIFY(time.elapsed() < 5'000);
+    QVERIFY(server->restart());
+    QCOMPARE(readFile(u"old"_s), pattern(3 * 1024 * 1024));
+    QCOMPARE(writeFile(u"away"_s, "", O_APPEND), 0);
+    QTRY_COMPARE(server->contents(u"away"_s), "away");
+}
+
+void TestMountFaults::isNotHeldUpByAHangingServer()
+{
+    QCOMPARE(readFile(u"small"_s), "small");
+    server->pause();
+    QElapsedTimer time;
+    time.start();
+    const auto slow = runScript(home, u"for n in 1 2 3 4 5 6 7 8 9 10 11 12; do cat old > /dev/null & done;"
+                                      "sleep 0.5; timeout 2 ls -d '%1' '%1'/..; wait"_s.arg(service->root()));
+    server->resume();
+    QVERIFY(slow.output.contains(service->root().toUtf8()));
+    QVERIFY2(time.elapsed() < 25'000, QByteArray::number(time.elapsed()).constData());
+    QCOMPARE(readFile(u"old"_s), pattern(3 * 1024 * 1024));
+}
+
+void TestMountFaults::findsTheNextSession()
+{
+    server->client().postWithURL(server->client().spliceURL(u"auth1"_s, u"logout"_s), "{\"ostype\":5}", nullptr);
+    QVERIFY(writeFile(u"expired"_s, "x") == EACCES);
+    QVERIFY(service->says(u"the session has ended"_s));
+    QVERIFY(server->signIn());
+    QCOMPARE(writeFile(u"expired"_s, "x"), 0);
+    QCOMPARE(server->contents(u"expired"_s), "x");
+}
+
+void TestMountFaults::leavesNothingHalfWhenKilled()
+{
+    const int file = ::open(path(u"cut short"_s).constData(), O_CREAT | O_WRONLY, 0600);
+    const QByteArray bytes = pattern(1024 * 1024);
+    QVERIFY(::write(file, bytes.constData(), static_cast<std::size_t>(bytes.size())) == bytes.size());
+    // Without the helper that would detach the volume, where this user may end it.
+    runScript(u"/"_s, u"pkill -KILL -P %1 fusermount3; true"_s.arg(service->processId()));
+    service->kill();
+    QCOMPARE(service->ended(), -1);
+    QVERIFY(::write(file, "x", 1) < 0);
+    ::close(file);
+    auto next = std::make_unique<MountedService>();
+    QVERIFY2(next->isReady(), qPrintable(next->log()));
+    home = next->home();
+    QCOMPARE(readFile(u"small"_s), "small");
+    QVERIFY(server->idOf(u"cut short"_s).isNull());
+    QVERIFY(QDir(platform::host().folders.caches() + u"/staging"_s).isEmpty());
+    next->terminate();
+    QCOMPARE(next->ended(), 0);
+    QVERIFY(!next->isMounted());
+}
+
+void TestMountFaults::stops_data()
+{
+    QTest::addColumn<QString>("how");
+    QTest::addColumn<bool>("busy");
+    for (const QString &how : {u"notification"_s, u"manager"_s, u"signal"_s, u"detached"_s})
+        for (const bool busy : {false, true})
+            QTest::addRow("%s%s", qPrintable(how), busy ? ", busy" : "") << how << busy;
+}
+
+void TestMountFaults::stops()
+{
+    QFETCH(QString, how);
+    QFETCH(bool, busy);
+    const int file = busy ? ::open(path(u"old"_s).constData(), O_RDONLY) : -1;
+    if (how == u"notification"_s)
+        platform::host().distributed.post(DistributedNotificationNames::stopQuillboxFuseService());
+    else if (how == u"manager"_s)
+        service->endManager();
+    else if (how == u"signal"_s)
+        service->terminate();
+    else
+        QCOMPARE(QProcess::execute(u"fusermount3"_s, {u"-u"_s, u"-z"_s, service->root()}), 0);
+    if (how == u"detached"_s && busy) { // it serves who still uses it, and goes with the last
+        char byte = 0;
+        QCOMPARE(::read(file, &byte, 1), 1);
+        ::close(file);
+    }
+    QCOMPARE(service->ended(), 0);
+    QVERIFY(!service->isMounted());
+    if (busy && how != u"detached"_s)
+        ::close(file);
+}
+
+void TestMountFaults::savesAtTheEnd()
+{
+    const int file = ::open(path(u"late"_s).constData(), O_CREAT | O_WRONLY, 0600);
+    QVERIFY(::write(file, "late", 4) == 4);
+    service->terminate();
+    QCOMPARE(service->ended(), 0);
+    ::close(file);
+    QCOMPARE(server->contents(u"late"_s), "late");
+}
+
+void TestMountFaults::rescuesWhatCannotBeSaved()
+{
+    QVERIFY(server->setScenario({{u"fail"_s, QJsonObject{{u"file.upload"_s, 403001}}}}));
+    QCOMPARE(writeFile(u"rescued"_s, "rescued"), EDQUOT);
+    service->terminate();
+    QCOMPARE(service->ended(), 0);
+    const QString log = service->log();
+    const QString place = log.section(u"what was written is in "_s, 1).section(u'\n', 0, 0);
+    QFile rescued(place);
+    QVERIFY2(rescued.open(QIODevice::ReadOnly), qPrintable(log));
+    QCOMPARE(rescued.readAll(), "rescued");
+}
+
+REGISTER_TEST(TestMountFaults)
+#include "TestMountFaults.moc"

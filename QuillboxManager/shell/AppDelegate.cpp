@@ -40,7 +40,7 @@ AppDelegate::AppDelegate(shell::ShellContext given)
     : context(std::move(given)), service(shell::ServiceProcess::executableIn(context.bundle)),
       watch([this] { return serviceRunning(); }, [this] { handleServiceDidStop(); }, context.serviceWatchInterval),
       client(
-          context.host.folders.temporary() + u'/' + ShellStrings::serviceSocket(), [this] { return serviceRunning(); },
+          shell::ServiceClient::socketPathIn(context.host.folders.temporary()), [this] { return serviceRunning(); },
           context.forwardingRetry),
       fonts(shell::FontSetup::placesFor(context.bundle, context.host.folders), context.fontNames),
       driver(

@@ -5,6 +5,7 @@
 #include "platform/Dispatch.h"
 #include "platform/Localization.h"
 #include "platform/Log.h"
+#include "shell/ShellStrings.h"
 
 #include <QUrl>
 
@@ -32,6 +33,14 @@ ServiceClient::~ServiceClient()
 {
     if (client)
         client->close();
+}
+
+QString ServiceClient::socketPathIn(const QString &temporaryFolder)
+{
+    if (!temporaryFolder.isNull())
+        return temporaryFolder + u'/' + ShellStrings::serviceSocket();
+    platform::log(QStringLiteral("Quillbox[Fuse] No folder for the socket"));
+    return {};
 }
 
 void ServiceClient::registerClient()

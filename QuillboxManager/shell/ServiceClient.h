@@ -20,6 +20,9 @@ public:
                   std::chrono::milliseconds retryDelay = std::chrono::seconds(5), QObject *parent = nullptr);
     ~ServiceClient() override;
 
+    /// The companion's socket in that folder; null, after a log line, when the host cannot tell a folder.
+    static QString socketPathIn(const QString &temporaryFolder);
+
     /// Connects to the companion that has just announced its socket; an earlier connection is closed. A failure is
     /// logged and not retried.
     void registerClient();

@@ -63,6 +63,7 @@ private Q_SLOTS:
     void forwardsLater_data();
     void forwardsLater();
     void connectFailureIsLogged();
+    void refusesAMissingFolder();
 };
 
 void TestSupervision::noticesTheEnd_data()
@@ -286,6 +287,18 @@ void TestSupervision::connectFailureIsLogged()
     client.registerClient();
     QTRY_VERIFY(
         log.contains(QStringLiteral("Quillbox[Fuse] Could not start client error:Failed to connect to socket")));
+}
+
+void TestSupervision::refusesAMissingFolder()
+{
+    QCOMPARE(shell::ServiceClient::socketPathIn(QStringLiteral("/f")), QStringLiteral("/f/search_socket"));
+    LogRecorder log;
+    const QString none = shell::ServiceClient::socketPathIn(QString());
+    QVERIFY(none.isNull());
+    QCOMPARE(log.lines().size(), 1);
+    shell::ServiceClient client(none, [] { return true; });
+    client.registerClient();
+    QVERIFY(log.contains(QStringLiteral("Quillbox[Fuse] Could not start client error:")));
 }
 
 REGISTER_TEST(TestSupervision)

@@ -32,7 +32,7 @@ QString useridFor(const QString &name)
 }
 
 /// Fills in what was left out and hides a plain password. Returns whether anything changed.
-bool complete(Account *account)
+bool complete(Account *account, int passwordCost)
 {
     bool changed = false;
     if (account->userid().isEmpty()) {
@@ -41,7 +41,7 @@ bool complete(Account *account)
     }
     const QJsonValue plain = account->json().value("password"_L1);
     if (plain.isString()) {
-        account->set("hash", hashPassword(plain.toString().toUtf8()));
+        account->set("hash", hashPassword(plain.toString().toUtf8(), passwordCost));
         account->remove("password");
         changed = true;
     }
@@ -89,7 +89,7 @@ bool Accounts::read(QString *error)
     for (qsizetype i = 0; i < values.size() && problem.isEmpty(); ++i) {
         problem = problemOf(values[i], places);
         entries.append(Account(values[i].toObject()));
-        changed = problem.isEmpty() && complete(&entries.last()) ? true : changed;
+        changed = problem.isEmpty() && complete(&entries.last(), cost) ? true : changed;
         places.insert(entries.last().name(), entries.size() - 1);
     }
     if (!problem.isEmpty()) {
@@ -138,7 +138,7 @@ std::optional<Account> Accounts::find(const QString &name)
 
 bool Accounts::setPassword(const QString &name, const QByteArray &password, qint64 now, QString *error)
 {
-    const QString hash = hashPassword(password);
+    const QString hash = hashPassword(password, cost);
     const std::lock_guard lock(mutex);
     readIfChanged();
     QLockFile guard(path + ".lock"_L1);
@@ -168,7 +168,7 @@ bool Accounts::add(const QString &name, const QByteArray &password, QString *err
         return false;
     }
     Account account(QJsonObject{{u"account"_s, name}, {u"password"_s, QString::fromUtf8(password)}});
-    complete(&account);
+    complete(&account, cost);
     QLockFile guard(path + ".lock"_L1);
     guard.lock();
     accounts.append(account);

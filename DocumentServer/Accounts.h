@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Account.h"
+#include "PasswordHash.h"
 
 #include <QHash>
 #include <QStringList>
@@ -17,6 +18,7 @@ namespace documentserver
 class Accounts
 {
 public:
+    explicit Accounts(int passwordCost = usualPasswordCost) : cost(passwordCost) {}
     /// Reads the file, or makes it with the demo account when there is none and `makeDemo` is set.
     bool open(const QString &file, bool makeDemo, QString *error);
 
@@ -26,12 +28,16 @@ public:
     /// Adds an account; false when the name is taken or not acceptable.
     bool add(const QString &name, const QByteArray &password, QString *error);
 
+    /// What hashing a password costs here.
+    int passwordCost() const { return cost; }
+
 private:
     bool read(QString *error);
     bool write(QString *error);
     void readIfChanged();
     Account *entry(const QString &name);
 
+    const int cost;
     std::mutex mutex;
     QString path;
     QByteArray seen;

@@ -52,6 +52,7 @@ const std::map<QString, Setter> &settings()
         {u"--http-port"_s, number(&Options::httpPort, -1, 65535)},
         {u"--https-port"_s, number(&Options::httpsPort, -1, 65535)},
         {u"--export-certificate"_s, text(&Options::certificateExport)},
+        {u"--demo-documents"_s, text(&Options::demoDocuments)},
         {u"--codes"_s, text(&Options::codesFile)},
         {u"--delay"_s, number(&Options::replyDelay, 0, 600'000)},
         {u"--password-salt"_s, setSalt},
@@ -116,6 +117,7 @@ usage: quillbox-server --data DIR [options]
   --http-port N              0 takes any free port (default), -1 switches HTTP off
   --https-port N             0 takes any free port (default), -1 switches HTTPS off
   --export-certificate FILE  copy the certificate for password encryption (DER) to FILE
+  --demo-documents FOLDER    copy what FOLDER holds into the demo account's documents, at the first start only
   --codes FILE               also write codes sent by SMS or e-mail to FILE, one JSON line each
   --delay MS                 answer every request MS milliseconds late
   --password-salt TEXT       salt of the password-change signature; default qvxzt.kmn

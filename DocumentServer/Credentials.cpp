@@ -27,7 +27,8 @@ Credentials::Checked Credentials::require(const QString &account, const QString 
     // A broken ciphertext and an unknown account go the same way, at the same cost, as a wrong password.
     const auto password = key.decrypt(encryptedPassword);
     const auto found = accounts.find(account);
-    const bool fits = passwordFits(password.value_or(QByteArray()), found ? found->hash() : QString());
+    const bool fits =
+        passwordFits(password.value_or(QByteArray()), found ? found->hash() : QString(), accounts.passwordCost());
     if (!fits || !password || password->isEmpty())
         refuse(account, WrongPassword, scenario);
     if (found->isDisabled())

@@ -31,7 +31,8 @@ void sendStream(httplib::Response &response, const Reply &reply)
     // The library announces the length of an empty body only where nobody provides it.
     if (stream->size() == 0)
         return response.set_content(std::string(), reply.type.constData());
-    const qint64 end = reply.cutAfter < 0 ? stream->size() : std::min(reply.cutAfter, stream->size());
+    const bool isCut = reply.cutAfter >= 0 && reply.cutAfter <= stream->size();
+    const qint64 end = isCut ? reply.cutAfter : stream->size();
     const size_t capacity = std::clamp<size_t>(static_cast<size_t>(stream->size()), 1, largestPart);
     const std::shared_ptr<char[]> buffer(new char[capacity]); // filled before it is read
     const auto provide = [=](size_t offset, size_t length, httplib::DataSink &sink) {
@@ -39,7 +40,8 @@ void sendStream(httplib::Response &response, const Reply &reply)
         const size_t most = std::min(length, capacity);
         const qint64 count =
             stream->read(position, buffer.get(), std::min<qint64>(static_cast<qint64>(most), end - position));
-        return count > 0 && sink.write(buffer.get(), static_cast<size_t>(count));
+        const bool sent = count > 0 && sink.write(buffer.get(), static_cast<size_t>(count));
+        return sent && !(isCut && position + count == end);
     };
     response.set_content_provider(static_cast<size_t>(stream->size()), reply.type.constData(), provide);
 }
@@ -51,7 +53,7 @@ void send(httplib::Response &response, const Reply &reply)
         response.set_header(name.constData(), value.constData());
     if (reply.stream)
         return sendStream(response, reply);
-    if (reply.cutAfter >= 0 && reply.cutAfter < reply.body.size()) {
+    if (reply.cutAfter >= 0 && reply.cutAfter <= reply.body.size()) {
         Reply cut = reply;
         cut.stream = std::make_shared<ReplyStream>(reply.body);
         return sendStream(response, cut);
@@ -74,14 +76,6 @@ void prepare(const httplib::Request &request)
     // Ranges are asked for in bodies here; of whole replies there are none.
     if (request.method == "POST")
         open.ranges.clear();
-}
-
-/// Nothing more is read from this connection.
-void endAfterReply(const httplib::Request &request)
-{
-    auto &open = const_cast<httplib::Request &>(request);
-    open.headers.erase("Connection");
-    open.headers.emplace("Connection", "close");
 }
 
 enum class BodyEnd { Complete, Skipped, Broken };
@@ -173,7 +167,7 @@ void HttpFront::addRoutes()
         send(response, replyFor(ApiError{InternalError, {}, {}, {}}));
     });
     server->set_error_handler([](const httplib::Request &, httplib::Response &response) {
-        if (response.body.empty())
+        if (!response.has_header("Content-Type")) // not ours
             send(response, replyFor(ApiError{NotJson, {}, u"not an HTTP request"_s, {}, response.status}));
     });
 }
@@ -185,11 +179,12 @@ void HttpFront::answerCall(const httplib::Request &request, httplib::Response &r
                            QByteArray::fromStdString(request.get_header_value(typeHeader))};
     const auto receiver = handlers.receive(head);
     const BodyEnd end = readBody(request, reader, receiver.get());
-    if (end != BodyEnd::Complete)
-        endAfterReply(request);
-    if (end == BodyEnd::Broken)
-        return send(response, replyFor(ApiError{NotJson, {}, u"the request ends before its end"_s, {}}));
-    send(response, handlers.finish(*receiver));
+    const ApiError broken{NotJson, {}, u"the request ends before its end"_s, {}};
+    Reply reply = end == BodyEnd::Broken ? replyFor(broken) : handlers.finish(*receiver);
+    // What was not read must not be taken for another request.
+    if (end != BodyEnd::Complete && reply.cutAfter < 0)
+        reply.cutAfter = reply.stream ? reply.stream->size() : reply.body.size();
+    send(response, reply);
 }
 
 void HttpFront::answerDownload(const httplib::Request &request, httplib::Response &response) const

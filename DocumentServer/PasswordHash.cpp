@@ -16,7 +16,7 @@ namespace documentserver
 namespace
 {
 struct Scrypt {
-    quint64 cost = 16384;
+    quint64 cost = usualPasswordCost;
     quint64 blockSize = 8;
     quint64 parallel = 1;
     QByteArray salt;
@@ -54,9 +54,10 @@ std::optional<Scrypt> parse(const QString &text)
 }
 } // namespace
 
-QString hashPassword(const QByteArray &password)
+QString hashPassword(const QByteArray &password, int cost)
 {
     Scrypt scrypt;
+    scrypt.cost = static_cast<quint64>(cost);
     scrypt.salt = randomBytes(16);
     return u"scrypt$%1$%2$%3$%4$%5"_s.arg(scrypt.cost)
         .arg(scrypt.blockSize)
@@ -64,9 +65,10 @@ QString hashPassword(const QByteArray &password)
         .arg(QString::fromLatin1(scrypt.salt.toBase64()), QString::fromLatin1(derive(password, scrypt).toBase64()));
 }
 
-bool passwordFits(const QByteArray &password, const QString &hash)
+bool passwordFits(const QByteArray &password, const QString &hash, int costOfNone)
 {
     Scrypt scrypt;
+    scrypt.cost = static_cast<quint64>(costOfNone);
     const auto parsed = parse(hash);
     if (parsed)
         scrypt = *parsed;

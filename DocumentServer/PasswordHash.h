@@ -6,11 +6,15 @@
 namespace documentserver
 {
 
-/// A salted scrypt hash of a password as text: "scrypt$N$r$p$salt$hash", the last two in base64.
-QString hashPassword(const QByteArray &password);
+/// scrypt's N.
+constexpr int usualPasswordCost = 16384;
 
-/// Whether the password belongs to the hash. An empty or damaged hash fits no password and costs as much to check.
-bool passwordFits(const QByteArray &password, const QString &hash);
+/// A salted scrypt hash of a password as text: "scrypt$N$r$p$salt$hash", the last two in base64.
+QString hashPassword(const QByteArray &password, int cost = usualPasswordCost);
+
+/// Whether the password belongs to the hash. An empty or damaged hash fits no password; checking it costs as
+/// much as a hash of the given cost.
+bool passwordFits(const QByteArray &password, const QString &hash, int costOfNone = usualPasswordCost);
 
 /// Whether the text has the form that hashPassword() gives.
 bool isPasswordHash(const QString &text);

@@ -20,7 +20,7 @@ struct Reply {
     QByteArray type = QByteArrayLiteral("application/json; charset=utf-8");
     QList<std::pair<QByteArray, QByteArray>> headers;
     std::shared_ptr<const ReplyStream> stream; ///< sent instead of the body where there is one
-    qint64 cutAfter = -1;                      ///< the connection ends after so many bytes of the body; -1: it does not
+    qint64 cutAfter = -1; ///< the connection ends after so many bytes of the body, if it has them; -1: not
 };
 
 Reply replyWith(const QJsonObject &object, int status = 200);

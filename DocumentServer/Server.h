@@ -22,6 +22,8 @@ struct Options {
     QString scenarioFile;      ///< JSON, read again whenever it changes; empty: built-in defaults
     QString certificateExport; ///< where the DER certificate of the password key is copied to
     QString codesFile;         ///< every code sent by SMS or e-mail, one JSON line each, mode 0600
+    QString demoDocuments;     ///< a folder copied into the demo account's documents, once for a data folder
+    int passwordCost = 16384;  ///< scrypt's N for new hashes, a power of two; tests take less to save time
     int replyDelay = 0;        ///< milliseconds added to every reply, on top of the scenario's "delay_ms"
     bool printCodes = false;   ///< also write sent codes to standard output, as the program does
     QByteArray passwordChangeSalt = QByteArrayLiteral("qvxzt.kmn");

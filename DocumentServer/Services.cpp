@@ -1,6 +1,7 @@
 #include "Services.h"
 
 #include "PrivateFile.h"
+#include "documents/DemoDocuments.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -48,9 +49,10 @@ bool exportCertificate(const QString &path, const QByteArray &der, QString *erro
 } // namespace
 
 Services::Services(const Options &given)
-    : options(given), now(given.now ? given.now : Clock(QDateTime::currentMSecsSinceEpoch)), sessions(database, now),
-      attempts(database, now), flags(database), pictureCodes(now), outbox(given.codesFile, given.printCodes, now),
-      secondFactor(outbox, now), credentials(accounts, attempts, passwordKey)
+    : options(given), now(given.now ? given.now : Clock(QDateTime::currentMSecsSinceEpoch)),
+      accounts(given.passwordCost), sessions(database, now), attempts(database, now), flags(database),
+      pictureCodes(now), outbox(given.codesFile, given.printCodes, now), secondFactor(outbox, now),
+      credentials(accounts, attempts, passwordKey)
 {
 }
 
@@ -63,7 +65,8 @@ bool Services::open(QString *error)
            exportCertificate(folder + "/public_key.der"_L1, passwordKey.certificate(), error) &&
            exportCertificate(options.certificateExport, passwordKey.certificate(), error) &&
            accounts.open(accountsFile, ownAccounts, error) && scenario.open(options.scenarioFile, error) &&
-           database.open(folder + "/server.sqlite"_L1, layout, error) && documents.open(folder, error);
+           database.open(folder + "/server.sqlite"_L1, layout, error) && documents.open(folder, error) &&
+           importDemoDocuments(*this, options.demoDocuments, error);
 }
 
 } // namespace documentserver

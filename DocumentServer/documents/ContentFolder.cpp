@@ -102,6 +102,9 @@ void ContentWriter::finish()
         fail("truncate");
     if (::fsync(file) != 0)
         fail("sync");
+    ::close(file);
+    file = -1;
+    buffer = {};
 }
 
 QString ContentFolder::pathOf(const QString &content) const

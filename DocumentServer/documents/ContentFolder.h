@@ -20,7 +20,7 @@ public:
     ContentWriter &operator=(const ContentWriter &) = delete;
 
     void write(const char *data, qint64 length);
-    /// Everything is on disk when it returns.
+    /// Everything is on disk when it returns; the last that is written.
     void finish();
     /// The file stays from now on.
     void keep() { kept = true; }

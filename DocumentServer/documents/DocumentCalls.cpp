@@ -13,6 +13,18 @@ void addDocumentCalls(CallTable *table, Services &services)
     addFolderCalls(table, services);
     addContentCalls(table, services);
     addUploadCall(table, services);
+    addFileCalls(table, services);
+    addPathCalls(table, services);
+    addMoveCalls(table, services);
+    addLockCalls(table, services);
+    addPermissionCalls(table, services);
+    addFavoriteCalls(table, services);
+}
+
+void requireRoomFor(qint64 growth, qint64 free)
+{
+    if (growth > 0 && growth > free)
+        throw ApiError{QuotaExceeded, {}, {}, {}};
 }
 
 OnDuplicate onDuplicateIn(const QJsonObject &body, OnDuplicate usual)

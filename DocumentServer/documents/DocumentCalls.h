@@ -50,6 +50,29 @@ template <class Kind, class Function> CallEntry documentEntry(Services &services
     }};
 }
 
+/// Throws unless the caller may give the file another content.
+template <class Session> void requireRevisionAllowed(const DocumentCall<Session> &call, const Place &file)
+{
+    file.require(MayWrite);
+    call.places.requireChangeable(file, Places::Change::Upload);
+    requireUnlocked(call.database, file.node.id, call.caller, call.now);
+}
+
+/// Throws QuotaExceeded where more bytes are to come than there are free ones.
+void requireRoomFor(qint64 growth, qint64 free);
+/// The same for what uploads under way leave of an entry document.
+inline void requireRoom(const WritingCall &call, const Entry &entry, qint64 growth)
+{
+    const qint64 free = quotaOf(entry, call.caller.account, *call.call.scenario) - entry.used;
+    requireRoomFor(growth, free - call.services.documents.reservations.held(entry.root));
+}
+
+/// How many revisions a file keeps.
+template <class Session> qint64 mostRevisions(const DocumentCall<Session> &call)
+{
+    return std::max<qint64>(1, call.call.scenario->number("documents.revisions"));
+}
+
 /// What to do with a name that is taken.
 enum class OnDuplicate { Refuse = 1, FreeName = 2, Overwrite = 3 };
 OnDuplicate onDuplicateIn(const QJsonObject &body, OnDuplicate usual);

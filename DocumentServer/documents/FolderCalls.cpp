@@ -1,7 +1,5 @@
 #include "DocumentCalls.h"
 
-#include <QJsonDocument>
-
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
@@ -68,7 +66,7 @@ public:
         QByteArray &list = node.isFile ? files : folders;
         if (!list.isEmpty())
             list += ',';
-        list += QJsonDocument(recordOf(node)).toJson(QJsonDocument::Compact);
+        appendRecord(&list, node);
     }
     QByteArray text() const { return R"({"dirs":[)" + folders + R"(],"files":[)" + files + "]}"; }
 

@@ -19,6 +19,19 @@ qint64 parseHex(QStringView text)
     const qint64 number = text.toLongLong(&isNumber, 16);
     return isNumber && number > 0 && revisionText(number) == text ? number : 0;
 }
+
+/// UTF-8 as it may stand between the quotes of a JSON string.
+void appendEscaped(QByteArray *text, const QByteArray &value)
+{
+    for (const char character : value) {
+        if (character == '"' || character == '\\')
+            text->append('\\').append(character);
+        else if (static_cast<unsigned char>(character) < 0x20)
+            text->append("\\u00").append(QByteArray::number(character, 16).rightJustified(2, '0'));
+        else
+            text->append(character);
+    }
+}
 } // namespace
 
 QString revisionText(qint64 revision)
@@ -67,6 +80,30 @@ QJsonObject recordOf(const Node &node)
             {u"creator"_s, node.creator},
             {u"editor"_s, node.editor},
             {u"type"_s, node.isFile ? 1 : 0}};
+}
+
+void appendRecord(QByteArray *text, const Node &node)
+{
+    const QByteArray tag = QByteArray::number(node.tag, 16);
+    const auto number = [text](const char *member, qint64 value) {
+        text->append(member).append(QByteArray::number(value));
+    };
+    const auto string = [text](const char *member, const QByteArray &value) {
+        text->append(member).append('"');
+        appendEscaped(text, value);
+        text->append('"');
+    };
+    string(R"({"docid":)", docidOf(node).toUtf8());
+    string(R"(,"name":)", node.name.toUtf8());
+    string(R"(,"rev":)", node.isFile ? QByteArray::number(node.revision, 16) : tag);
+    string(R"(,"otag":)", tag);
+    number(R"(,"size":)", node.size);
+    number(R"(,"modified":)", node.modified);
+    number(R"(,"client_mtime":)", node.clientModified);
+    number(R"(,"create_time":)", node.created);
+    string(R"(,"creator":)", node.creator.toUtf8());
+    string(R"(,"editor":)", node.editor.toUtf8());
+    text->append(node.isFile ? R"(,"attr":0,"type":1})" : R"(,"attr":0,"type":0})");
 }
 
 QJsonObject recordOf(const Revision &revision)

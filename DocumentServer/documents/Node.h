@@ -61,6 +61,8 @@ DocumentId parseDocid(const QString &text);
 qint64 parseRevision(const QString &text);
 
 QJsonObject recordOf(const Node &node);
+/// The same, appended as text: many times faster, for folders that hold very many.
+void appendRecord(QByteArray *text, const Node &node);
 QJsonObject recordOf(const Revision &revision);
 
 /// What makes a change evident: never the same twice.

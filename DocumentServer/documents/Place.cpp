@@ -18,6 +18,11 @@ bool isInside(const QString &path, const QString &outer)
     return path == outer || (path.startsWith(outer) && path.at(outer.size()) == u'/');
 }
 
+int allowedBy(const QJsonObject &rule)
+{
+    return rule.value("allow"_L1).toInt(MayAll) & ~rule.value("deny"_L1).toInt(0);
+}
+
 bool isFor(const QJsonObject &rule, const QString &account)
 {
     const QString named = rule.value("account"_L1).toString(u"*"_s);
@@ -97,16 +102,35 @@ int Places::allowedIn(const Entry &entry, const QString &path) const
 {
     int allowed = entry.owner.isEmpty() || entry.owner == caller.userid ? MayAll : 0;
     qsizetype innermost = -1;
+    for (const QJsonObject &rule : rulesFor(path)) {
+        const qsizetype length = rule.value("path"_L1).toString().size();
+        if (!isFor(rule, caller.account.name()) || length < innermost)
+            continue;
+        innermost = length;
+        allowed = allowedBy(rule);
+    }
+    return allowed;
+}
+
+QList<QJsonObject> Places::rulesFor(const QString &path) const
+{
+    QList<QJsonObject> fitting;
+    const QJsonArray rules = scenario.array("documents.permissions");
+    for (const QJsonValue &rule : rules)
+        if (isInside(path, rule.toObject().value("path"_L1).toString()))
+            fitting.append(rule.toObject());
+    return fitting;
+}
+
+void Places::requireBelow(const Place &folder, int permission) const
+{
     const QJsonArray rules = scenario.array("documents.permissions");
     for (const QJsonValue &value : rules) {
         const QJsonObject rule = value.toObject();
-        const QString outer = rule.value("path"_L1).toString();
-        if (!isFor(rule, caller.account.name()) || !isInside(path, outer) || outer.size() < innermost)
-            continue;
-        innermost = outer.size();
-        allowed = rule.value("allow"_L1).toInt(MayAll) & ~rule.value("deny"_L1).toInt(0);
+        const bool isBelow = isInside(rule.value("path"_L1).toString(), folder.path);
+        if (isBelow && isFor(rule, caller.account.name()) && (allowedBy(rule) & permission) != permission)
+            throw ApiError{NoPermission, {}, u"no permission for something inside"_s, {}};
     }
-    return allowed;
 }
 
 bool Places::isListed(const char *setting, const QString &text) const

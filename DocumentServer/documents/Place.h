@@ -56,6 +56,10 @@ public:
     /// What the scenario forbids besides permissions.
     enum class Change { Upload, Create, Rename, Move, Delete };
     void requireChangeable(const Place &place, Change change) const;
+    /// NoPermission where a rule for something below the folder takes the permission away.
+    void requireBelow(const Place &folder, int permission) const;
+    /// The rules for the document and all that it lies in, whoever they are for.
+    QList<QJsonObject> rulesFor(const QString &path) const;
     /// TypeBanned or RenameTypeBanned.
     void requireLegalType(const QString &name, Change change) const;
 

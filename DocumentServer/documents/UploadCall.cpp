@@ -28,14 +28,6 @@ qint64 lengthIn(const QJsonObject &body)
     return requiredNumber(body, "length", 0, largestFile);
 }
 
-void requireRevisionAllowed(Database &database, const Places &places, const Place &file, const Caller &caller,
-                            qint64 now)
-{
-    file.require(MayWrite);
-    places.requireChangeable(file, Places::Change::Upload);
-    requireUnlocked(database, file.node.id, caller, now);
-}
-
 template <class Session> Target targetOf(const DocumentCall<Session> &call)
 {
     const auto &body = call.body();
@@ -44,7 +36,7 @@ template <class Session> Target targetOf(const DocumentCall<Session> &call)
     if (target.place.node.isFile) {
         if (body.contains("name"_L1) && legalNameIn(body) != target.place.node.name)
             refuseParameter(u"name: the file has another one"_s);
-        requireRevisionAllowed(call.database, call.places, target.place, call.caller, call.now);
+        requireRevisionAllowed(call, target.place);
         target.name = target.place.node.name;
         target.file = target.place.node;
         return target;
@@ -53,7 +45,7 @@ template <class Session> Target targetOf(const DocumentCall<Session> &call)
     const auto holder = findChild(call.database, target.place.node.id, target.name);
     if (holder && holder->isFile && onDuplicate == OnDuplicate::Overwrite) {
         target.place = call.places.place(*holder);
-        requireRevisionAllowed(call.database, call.places, target.place, call.caller, call.now);
+        requireRevisionAllowed(call, target.place);
         target.file = holder;
         return target;
     }
@@ -64,12 +56,6 @@ template <class Session> Target targetOf(const DocumentCall<Session> &call)
     if (holder)
         target.name = freeNameBelow(call.database, target.place.node.id, target.name, true);
     return target;
-}
-
-void requireRoom(qint64 needed, qint64 free)
-{
-    if (needed > 0 && needed > free)
-        throw ApiError{QuotaExceeded, {}, {}, {}};
 }
 
 /// Receives the body of an upload straight into a file that becomes the content of a document only at the very end.
@@ -178,7 +164,7 @@ QJsonObject UploadReceiver::store()
     const Target target = targetOf(request);
     const Entry &entry = target.place.entry;
     const qint64 growth = content->size() - target.sizeBefore();
-    requireRoom(growth, quotaOf(entry, request.caller.account, *call.scenario) - entry.used);
+    requireRoomFor(growth, quotaOf(entry, request.caller.account, *call.scenario) - entry.used);
     Node file = target.file ? *target.file : newFile(request, target);
     if (!target.file) {
         insertNode(request.database, &file);
@@ -191,7 +177,7 @@ QJsonObject UploadReceiver::store()
                       clientTime.value_or(request.now),
                       request.caller.name,
                       content->size() > 0 ? content->content() : u""_s};
-    addRevision(request.database, &file, &revision, std::max<qint64>(1, call.scenario->number("documents.revisions")));
+    addRevision(request.database, &file, &revision, mostRevisions(request));
     changeUsed(request.database, entry.root, growth);
     request.session.commit();
     if (content->size() > 0)

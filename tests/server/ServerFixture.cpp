@@ -7,6 +7,7 @@
 #include <openssl/x509.h>
 
 #include <QCryptographicHash>
+#include <QDir>
 #include <QFile>
 #include <QJsonDocument>
 #include <QUrl>
@@ -27,12 +28,37 @@ template <class Client> Answer send(Client &client, const QString &target, const
     const QByteArray bytes = QByteArray::fromStdString(result->body);
     return {result->status, bytes, QJsonDocument::fromJson(bytes).object()};
 }
+
+/// Keys take long to make: the servers of one program share those of the first.
+const QStringList keyFiles{u"password_key.pem"_s, u"password_certificate.pem"_s, u"tls_key.pem"_s,
+                           u"tls_certificate.pem"_s};
+
+QString knownKeys()
+{
+    static const QTemporaryDir folder;
+    return folder.path();
+}
+
+void takeKnownKeys(const QString &dataFolder)
+{
+    QDir().mkpath(dataFolder);
+    for (const QString &name : keyFiles)
+        QFile::copy(knownKeys() + u'/' + name, dataFolder + u'/' + name);
+}
+
+void rememberKeys(const QString &dataFolder)
+{
+    for (const QString &name : keyFiles)
+        QFile::copy(dataFolder + u'/' + name, knownKeys() + u'/' + name);
+}
 } // namespace
 
 ServerFixture::ServerFixture(const QJsonObject &scenario)
 {
+    takeKnownKeys(options().dataFolder);
     if (!restart() || !useScenario(scenario))
         qFatal("the server does not start");
+    rememberKeys(options().dataFolder);
 }
 
 documentserver::Options ServerFixture::options() const
@@ -41,6 +67,7 @@ documentserver::Options ServerFixture::options() const
     options.dataFolder = folder() + "/data"_L1;
     options.codesFile = folder() + "/codes"_L1;
     options.certificateExport = folder() + "/public_key.der"_L1;
+    options.passwordCost = 1024;
     options.now = [this] { return time.load(); };
     return options;
 }
@@ -54,10 +81,12 @@ bool ServerFixture::restart()
 
 void ServerFixture::talkTo(int httpPort, const QString &dataFolder)
 {
+    otherPort = httpPort;
+    if (httpPort < 0)
+        return;
     QFile certificate(dataFolder + "/public_key.der"_L1);
     if (!certificate.open(QIODevice::ReadOnly))
         qFatal("the program made no certificate");
-    otherPort = httpPort;
     otherCertificate = certificate.readAll();
 }
 
@@ -68,7 +97,7 @@ Answer ServerFixture::post(const QString &target, const QByteArray &body, bool h
         client.enable_server_certificate_verification(false);
         return send(client, target, body);
     }
-    httplib::Client client("127.0.0.1", otherPort > 0 ? otherPort : server->httpPort());
+    httplib::Client client("127.0.0.1", httpPort());
     return send(client, target, body);
 }
 

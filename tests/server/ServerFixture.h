@@ -28,7 +28,8 @@ public:
     /// Starts the server again over the same files, as after a crash or an update.
     bool restart();
     bool useScenario(const QJsonObject &scenario) { return server->setScenario(scenario); }
-    /// Sends all further requests to a server program of this data folder that listens on the HTTP port.
+    /// Sends all further requests to a server program of this data folder that listens on the HTTP port; -1: to the
+    /// server in this process again.
     void talkTo(int httpPort, const QString &dataFolder);
     void pass(qint64 seconds) { time += seconds * 1000; }
 
@@ -46,6 +47,8 @@ public:
     QString signInToken() const; ///< of the demo account
     Answer changePassword(const QString &account, const QString &oldPassword, const QString &newPassword) const;
 
+    /// Where plain HTTP requests go.
+    int httpPort() const { return otherPort > 0 ? otherPort : server->httpPort(); }
     QString folder() const { return directory.path(); }
     documentserver::Options options() const;
 

@@ -1,8 +1,7 @@
 #include "server/ServerFixture.h"
+#include "server/ServerProgram.h"
 #include "support/TestMain.h"
 
-#include <QProcess>
-#include <QRegularExpression>
 #include <QTest>
 
 #include <chrono>
@@ -10,37 +9,6 @@
 #include <thread>
 
 using namespace Qt::StringLiterals;
-
-namespace
-{
-/// The real program.
-class Program
-{
-public:
-    explicit Program(const QStringList &arguments) { process.start(QStringLiteral(SERVER_PROGRAM), arguments); }
-    ~Program()
-    {
-        process.kill();
-        process.waitForFinished();
-    }
-
-    QByteArray firstLine()
-    {
-        while (!process.canReadLine() && process.waitForReadyRead(20'000)) {
-        }
-        return process.readLine();
-    }
-    int exitCode() { return process.waitForFinished(20'000) ? process.exitCode() : -1; }
-
-    QProcess process;
-};
-
-int httpPortOf(const QByteArray &line)
-{
-    const auto match = QRegularExpression(u"^ready http=(-?\\d+) https=(-?\\d+)\\n$"_s).match(QString::fromUtf8(line));
-    return match.hasMatch() ? match.captured(1).toInt() : 0;
-}
-} // namespace
 
 class TestProgram : public QObject
 {

@@ -1,0 +1,378 @@
+#include "server/DocumentFixture.h"
+#include "server/ServerProgram.h"
+#include "support/TestMain.h"
+
+#include "DocumentServer/ApiError.h"
+#include "DocumentServer/documents/UploadFraming.h"
+
+#include <httplib.h>
+
+#include <QDir>
+#include <QFile>
+#include <QJsonDocument>
+#include <QTcpSocket>
+#include <QTest>
+
+#include <thread>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+/// What an upload in these pieces comes to; null when it is refused.
+QByteArray takenApart(const QList<QByteArray> &pieces)
+{
+    QByteArray content = "";
+    documentserver::UploadFraming framing(
+        "B",
+        [](const QByteArray &text) { return QJsonDocument::fromJson(text).object().value("length"_L1).toInteger(); },
+        [&content](const char *data, qint64 length) { content.append(data, length); });
+    try {
+        for (const QByteArray &piece : pieces)
+            framing.take(piece.constData(), piece.size());
+        framing.finish();
+        return content;
+    } catch (const documentserver::ApiError &) {
+        return {};
+    }
+}
+
+/// The head of an upload request whose body has so many bytes.
+QByteArray requestHead(const DocumentFixture &fixture, qint64 bodySize)
+{
+    return "POST " + fixture.target("file.upload").toLatin1() +
+           " HTTP/1.1\r\nHost: h\r\nContent-Type: multipart/form-data;boundary=BOUNDARY\r\nContent-Length: " +
+           QByteArray::number(bodySize) + "\r\n\r\n";
+}
+
+void sendAll(QTcpSocket *socket, const QByteArray &bytes)
+{
+    socket->write(bytes);
+    while (socket->bytesToWrite() > 0 && socket->waitForBytesWritten(10'000)) {
+    }
+}
+
+std::unique_ptr<QTcpSocket> connected(const DocumentFixture &fixture)
+{
+    auto socket = std::make_unique<QTcpSocket>();
+    socket->connectToHost(u"127.0.0.1"_s, quint16(fixture.server.httpPort()));
+    return socket->waitForConnected(5000) ? std::move(socket) : nullptr;
+}
+
+bool becomesTrue(const std::function<bool()> &condition)
+{
+    QElapsedTimer timer;
+    for (timer.start(); timer.elapsed() < 10'000; QTest::qWait(2))
+        if (condition())
+            return true;
+    return false;
+}
+
+qint64 mostMemory(const QProcess &process)
+{
+    QFile status(u"/proc/%1/status"_s.arg(process.processId()));
+    if (!status.open(QIODevice::ReadOnly))
+        return -1;
+    const QByteArray text = status.readAll();
+    return text.mid(text.indexOf("VmHWM:") + 6).trimmed().split(' ').first().toLongLong() * 1024;
+}
+} // namespace
+
+class TestDocumentUploads : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    /// Cut into pieces at every place, and into single bytes, it is the same upload.
+    void framingInPieces_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::newRow("empty") << QByteArray("");
+        QTest::newRow("text") << QByteArray("text");
+        QTest::newRow("looks like the end") << QByteArray("\r\n--B--");
+        QTest::newRow("looks like a part") << QByteArray("\r\n--B\r\n\r\n{}\r\n--");
+        QTest::newRow("line ends") << QByteArray("\r\n\r\n\r");
+        QTest::newRow("zeros") << QByteArray(20, '\0');
+    }
+    void framingInPieces()
+    {
+        QFETCH(QByteArray, content);
+        const QByteArray body =
+            "--B\r\n\r\n{\"length\":" + QByteArray::number(content.size()) + "}\r\n--B\r\n\r\n" + content + "\r\n--B--";
+        QList<QByteArray> single;
+        for (qsizetype i = 0; i < body.size(); ++i) {
+            QCOMPARE(takenApart({body.left(i), body.mid(i)}), content);
+            QVERIFY(takenApart({body.left(i)}).isNull());
+            single.append(body.mid(i, 1));
+        }
+        QCOMPARE(takenApart(single), content);
+        QCOMPARE(takenApart({body, "\r", "\n"}), content);
+        QVERIFY(takenApart({body + "\r\n\r"}).isNull());
+        QVERIFY(takenApart({body + "x"}).isNull());
+    }
+
+    void wrongFraming_data()
+    {
+        QTest::addColumn<QByteArray>("body");
+        QTest::addColumn<QByteArray>("type");
+        QTest::addColumn<int>("code");
+        const QByteArray good = "multipart/form-data;boundary=BOUNDARY";
+        const QByteArray body = DocumentFixture::framed({{u"docid"_s, u"qb://x"_s}, {u"name"_s, u"n"_s}}, "abc");
+        const auto with = [&body](const char *from, const char *to) { return QByteArray(body).replace(from, to); };
+        QTest::newRow("as it should be") << body << good << 404006;
+        QTest::newRow("quoted boundary") << body << QByteArray("Multipart/Form-Data; boundary=\"BOUNDARY\"; a=b")
+                                         << 404006;
+        QTest::newRow("nothing") << QByteArray() << good << 400002;
+        QTest::newRow("no boundary") << body << QByteArray("multipart/form-data") << 400002;
+        QTest::newRow("empty boundary") << body << QByteArray("multipart/form-data;boundary=") << 400002;
+        QTest::newRow("long boundary") << body << good + QByteArray(100, 'x') << 400002;
+        QTest::newRow("other type") << body << QByteArray("application/json") << 400002;
+        QTest::newRow("other boundary") << body << good + "x" << 400002;
+        QTest::newRow("part headers") << with("--BOUNDARY\r\n\r\n{", "--BOUNDARY\r\nA: b\r\n\r\n{") << good << 400002;
+        QTest::newRow("line feeds") << with("\r\n", "\n") << good << 400002;
+        QTest::newRow("no json") << with("{", "") << good << 400001;
+        QTest::newRow("array") << with("{", "[{").replace("}", "}]") << good << 400001;
+        QTest::newRow("no length") << with("length", "width") << good << 400002;
+        QTest::newRow("negative length") << with("\"length\":3", "\"length\":-3") << good << 400002;
+        QTest::newRow("huge length") << with("\"length\":3", "\"length\":1e300") << good << 400002;
+        QTest::newRow("endless description") << "--BOUNDARY\r\n\r\n{" + QByteArray(200'000, ' ') << good << 400002;
+        QTest::newRow("illegal name") << with("\"n\"", "\"n/m\"") << good << 404006;
+    }
+    void wrongFraming()
+    {
+        QFETCH(QByteArray, body);
+        QFETCH(QByteArray, type);
+        static const DocumentFixture fixture;
+        QTEST(fixture.postUpload(body, type.constData()).code(), "code");
+        QCOMPARE(fixture.contentFiles(), 0);
+    }
+
+    /// More or fewer bytes than announced, at a new file and at one that is there.
+    void wrongLength_data()
+    {
+        QTest::addColumn<int>("length");
+        QTest::newRow("fewer") << 11;
+        QTest::newRow("more") << 9;
+        QTest::newRow("none announced") << 0;
+        QTest::newRow("as many as there are bytes") << 10 + 14;
+    }
+    void wrongLength()
+    {
+        QFETCH(int, length);
+        static const DocumentFixture fixture;
+        static const QString file = fixture.makeFile(fixture.entry(), u"f"_s, "kept");
+        const qint64 used = fixture.used();
+        for (const QJsonObject &target :
+             {QJsonObject{{u"docid"_s, file}}, QJsonObject{{u"docid"_s, fixture.entry()}, {u"name"_s, u"g"_s}}}) {
+            QJsonObject description = target;
+            description.insert("length"_L1, length);
+            QCOMPARE(fixture.upload(description, "0123456789").code(), 400002);
+        }
+        QCOMPARE(fixture.contentOf(file), QByteArray("kept"));
+        QCOMPARE(fixture.namesIn(fixture.entry()), QStringList{u"f"_s});
+        QCOMPARE(fixture.used(), used);
+        QCOMPARE(fixture.unfinishedFiles(), 0);
+    }
+
+    void targets()
+    {
+        const DocumentFixture fixture;
+        const QString file = fixture.makeFile(fixture.entry(), u"f"_s);
+        QCOMPARE(fixture.upload({{u"docid"_s, file}, {u"name"_s, u"g"_s}}, "x").code(), 400002);
+        QCOMPARE(fixture.upload({{u"docid"_s, file}, {u"name"_s, u"f"_s}}, "x").code(), 0);
+        QCOMPARE(fixture.upload({{u"docid"_s, fixture.entry()}}, "x").code(), 400002);
+        QCOMPARE(fixture.upload({{u"docid"_s, fixture.entry()}, {u"name"_s, u"e"_s}, {u"ondup"_s, 3}}, "").code(), 0);
+        QCOMPARE(fixture.upload({{u"docid"_s, file}, {u"client_mtime"_s, u"x"_s}}, "x").code(), 400002);
+        QCOMPARE(fixture.upload({{u"docid"_s, file}, {u"ondup"_s, 4}}, "x").code(), 400002);
+        QCOMPARE(fixture.upload({}, "x").code(), 400002);
+    }
+
+    /// A client that hangs up in the middle, and a scenario that cuts it off, leave nothing.
+    void cutUploads()
+    {
+        DocumentFixture fixture;
+        const QString entry = fixture.entry();
+        const QByteArray body =
+            DocumentFixture::framed({{u"docid"_s, entry}, {u"name"_s, u"cut"_s}}, QByteArray(500'000, 'x'));
+        for (const qsizetype sent : {qsizetype(5), qsizetype(40), qsizetype(300'000), body.size() - 1}) {
+            const auto socket = connected(fixture);
+            QVERIFY(socket);
+            sendAll(socket.get(), requestHead(fixture, body.size()) + body.left(sent));
+            if (sent >= 300'000)
+                QVERIFY(becomesTrue([&] { return fixture.unfinishedFiles() == 1; }));
+            socket->abort();
+            QVERIFY(becomesTrue([&] { return fixture.unfinishedFiles() == 0; }));
+        }
+        QVERIFY(fixture.server.useScenario({{u"cut"_s, QJsonObject{{u"file.upload"_s, 100'000}}}}));
+        QCOMPARE(fixture.postUpload(body).status, 0);
+        QVERIFY(becomesTrue([&] { return fixture.contentFiles() == 0; }));
+        QCOMPARE(fixture.namesIn(entry), QStringList());
+        // The cut-off uploads hold no part of the quota.
+        QVERIFY(fixture.useDocumentSettings({{u"quota"_s, 500'000}}));
+        QCOMPARE(fixture.postUpload(body).code(), 0);
+    }
+
+    /// Of two uploads that fit one by one, the second is refused before its bytes are taken.
+    void quotaIsReserved()
+    {
+        DocumentFixture fixture({{u"quota"_s, 1'000'000}});
+        const QString entry = fixture.entry();
+        const QByteArray content(600'000, 'x');
+        const QByteArray slow = DocumentFixture::framed({{u"docid"_s, entry}, {u"name"_s, u"slow"_s}}, content);
+        const auto socket = connected(fixture);
+        QVERIFY(socket);
+        sendAll(socket.get(), requestHead(fixture, slow.size()) + slow.left(1000));
+        QVERIFY(becomesTrue([&] { return fixture.unfinishedFiles() == 1; }));
+        QCOMPARE(fixture.upload({{u"docid"_s, entry}, {u"name"_s, u"quick"_s}}, content).code(), 403001);
+        QCOMPARE(fixture.upload({{u"docid"_s, fixture.entry(2)}, {u"name"_s, u"elsewhere"_s}}, content).code(), 0);
+        sendAll(socket.get(), slow.mid(1000));
+        QVERIFY(becomesTrue([&] { return fixture.used() == 600'000; }));
+        QCOMPARE(fixture.namesIn(entry), QStringList{u"slow"_s});
+    }
+
+    void parallelUploads()
+    {
+        DocumentFixture fixture({{u"quota"_s, 4000}});
+        const QString entry = fixture.entry();
+        std::atomic<int> stored = 0;
+        const auto send = [&](char mark) {
+            for (int i = 0; i < 20; ++i) {
+                const QString name = u"%1%2"_s.arg(QLatin1Char(mark)).arg(i);
+                const Answer answer = fixture.upload({{u"docid"_s, entry}, {u"name"_s, name}}, QByteArray(300, mark));
+                stored += answer.status == 200 ? 1 : 0;
+            }
+        };
+        std::thread other(send, 'a');
+        send('b');
+        other.join();
+        QVERIFY2(stored == 13, qPrintable(QString::number(stored)));
+        QCOMPARE(fixture.used(), 3900);
+        QCOMPARE(fixture.namesIn(entry).size(), 13);
+    }
+
+    /// Whatever was confirmed is there after kill -9, whatever was under way is not, and no file is left over.
+    void killedDuringUploads()
+    {
+        DocumentFixture fixture;
+        fixture.server.server->stop();
+        const QString data = fixture.server.options().dataFolder;
+        QString folder;
+        QMap<QString, QByteArray> confirmed;
+        for (int round = 0; round < 3; ++round) {
+            Program program({u"--data"_s, data, u"--https-port=-1"_s});
+            fixture.server.talkTo(httpPortOf(program.firstLine()), data);
+            fixture.token = fixture.server.signInToken();
+            folder = folder.isEmpty() ? fixture.makeFolder(fixture.entry(), u"kill"_s) : folder;
+            std::atomic<int> count = 0;
+            std::thread uploading([&] {
+                for (int i = 0;; ++i) {
+                    const QString name = u"%1-%2"_s.arg(round).arg(i);
+                    const QByteArray content = name.toUtf8().repeated(20'000);
+                    if (fixture.upload({{u"docid"_s, folder}, {u"name"_s, name}}, content).status != 200)
+                        return;
+                    confirmed.insert(name, content);
+                    ++count;
+                }
+            });
+            becomesTrue([&] { return count >= 5 + round; });
+            program.process.kill();
+            program.process.waitForFinished();
+            uploading.join();
+        }
+        fixture.server.talkTo(-1, data);
+        QVERIFY(fixture.server.restart());
+        fixture.token = fixture.server.signInToken();
+        QVERIFY(confirmed.size() >= 15);
+        QCOMPARE(fixture.unfinishedFiles(), 0);
+        const QJsonArray files = fixture.call("dir.list", {{u"docid"_s, folder}}).json.value("files"_L1).toArray();
+        // The reply to the last upload of a round may have been lost.
+        QVERIFY(files.size() >= confirmed.size() && files.size() <= confirmed.size() + 3);
+        QCOMPARE(fixture.contentFiles(), files.size());
+        for (const QJsonValue &file : files) {
+            const QString name = file.toObject().value("name"_L1).toString();
+            const QByteArray content = fixture.contentOf(file.toObject().value("docid"_L1).toString());
+            QVERIFY(content == name.toUtf8().repeated(20'000));
+            confirmed.remove(name);
+        }
+        QVERIFY(confirmed.isEmpty());
+    }
+
+    /// 5 GB of zeros with a few other bytes: no room on disk, and memory as for any other upload.
+    void fiveGigabytes()
+    {
+        constexpr qint64 size = 5'000'000'000;
+        DocumentFixture fixture;
+        fixture.server.server->stop();
+        const QString data = fixture.server.options().dataFolder;
+        Program program({u"--data"_s, data, u"--https-port=-1"_s});
+        fixture.server.talkTo(httpPortOf(program.firstLine()), data);
+        fixture.token = fixture.server.signInToken();
+        QByteArray body =
+            DocumentFixture::framed({{u"docid"_s, fixture.entry()}, {u"name"_s, u"5 GB"_s}, {u"length"_s, size}}, "");
+        const QByteArray end = "\r\n--BOUNDARY--";
+        body.chop(end.size());
+        httplib::Client client("127.0.0.1", fixture.server.httpPort());
+        client.set_read_timeout(60);
+        const QByteArray zeros(1 << 20, '\0');
+        const size_t total = size_t(body.size() + size + end.size());
+        const auto generate = [&](size_t offset, size_t, httplib::DataSink &sink) {
+            const qint64 place = qint64(offset) - body.size();
+            if (place < 0)
+                return sink.write(body.constData(), size_t(body.size()));
+            if (place < size - 1)
+                return sink.write(zeros.constData(), size_t(std::min<qint64>(zeros.size(), size - 1 - place)));
+            return place == size - 1 ? sink.write("z", 1) : sink.write(end.constData(), size_t(end.size()));
+        };
+        const auto reply = client.Post(fixture.target("file.upload").toStdString(), total, generate,
+                                       "multipart/form-data;boundary=BOUNDARY");
+        QVERIFY(reply);
+        QVERIFY2(reply->status == 200, reply->body.c_str());
+        const QJsonObject record = QJsonDocument::fromJson(QByteArray::fromStdString(reply->body)).object();
+        QCOMPARE(record.value("size"_L1).toInteger(), size);
+        const QJsonObject tail{{u"docid"_s, record.value("docid"_L1)}, {u"offset"_s, size - 3}, {u"length"_s, 9}};
+        QCOMPARE(fixture.call("file.read", tail).bytes, QByteArray("\0\0z", 3));
+        const qint64 memory = mostMemory(program.process);
+        QVERIFY2(memory > 0 && memory < 100 * 1024 * 1024, qPrintable(QString::number(memory)));
+    }
+
+    void demoDocuments()
+    {
+        QTemporaryDir source;
+        QVERIFY(QDir(source.path()).mkpath(u"folder/inner"_s));
+        const auto write = [&](const QString &name, const QByteArray &bytes) {
+            QFile file(source.filePath(name));
+            return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
+        };
+        QVERIFY(write(u"read me.txt"_s, "text") && write(u"folder/图.png"_s, QByteArray(300'000, 'p')) &&
+                write(u"empty"_s, ""));
+        QVERIFY(write(u"folder/not:legal"_s, "x"));
+        QVERIFY(QFile::link(u"/etc/passwd"_s, source.filePath(u"link"_s)));
+        DocumentFixture fixture;
+        documentserver::Options options = fixture.server.options();
+        options.dataFolder = fixture.server.folder() + "/fresh"_L1;
+        options.demoDocuments = source.path();
+        for (int start = 0; start < 2; ++start) { // the second time nothing comes back
+            fixture.server.server = std::make_unique<documentserver::Server>(options);
+            QString error;
+            QVERIFY2(fixture.server.server->start(&error), qPrintable(error));
+            fixture.token = fixture.server.signInToken();
+            QStringList expected{u"folder"_s, u"empty"_s, u"read me.txt"_s};
+            if (start == 1)
+                expected.removeOne(u"empty"_s);
+            QCOMPARE(fixture.namesIn(fixture.entry()), expected);
+            const auto docid = [&](const QString &path) {
+                return fixture.call("file.getinfobypath", {{u"namepath"_s, "Demo User/"_L1 + path}})
+                    .json.value("docid"_L1)
+                    .toString();
+            };
+            QCOMPARE(fixture.contentOf(docid(u"read me.txt"_s)), QByteArray("text"));
+            QCOMPARE(fixture.contentOf(docid(u"folder/图.png"_s)), QByteArray(300'000, 'p'));
+            QCOMPARE(fixture.namesIn(docid(u"folder"_s)), (QStringList{u"inner"_s, u"图.png"_s}));
+            QCOMPARE(fixture.used(), 300'004);
+            fixture.call("file.delete", {{u"docid"_s, docid(u"empty"_s)}});
+        }
+    }
+};
+
+REGISTER_TEST(TestDocumentUploads)
+#include "TestDocumentUploads.moc"

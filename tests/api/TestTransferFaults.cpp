@@ -74,6 +74,7 @@ private Q_SLOTS:
     void outlastsTheTimeOfACall();
     void stopsAtOnce_data();
     void stopsAtOnce();
+    void stopsWhileNothingMoves();
     void neverBeginsWhenStopped();
     void stopsWithItsEnds();
     void servesManyTransfers();
@@ -202,6 +203,31 @@ void TestTransferFaults::stopsAtOnce()
     QVERIFY(flowing);
     QVERIFY2(timer.elapsed() < 200, qPrintable(QString::number(timer.elapsed())));
     QCOMPARE(error.code(), code(TransportError::Cancelled));
+}
+
+void TestTransferFaults::stopsWhileNothingMoves()
+{
+    for (const bool upload : {true, false}) {
+        ScriptedServer server;
+        server.expect("POST ", ScriptedAnswer::hang());
+        ApiClient client(server, 60s);
+        StopSignal stop;
+        DocumentTransfer transfer(client.networking, &stop);
+        QBError error;
+        std::thread worker([&] {
+            ZeroSource source(10);
+            CountingSink sink;
+            upload ? transfer.uploadFile(u"d"_s, source, &error) : transfer.downloadFile(u"d"_s, sink, &error);
+        });
+        const bool asked = server.waitForRequests(1);
+        QElapsedTimer timer;
+        timer.start();
+        stop.stop();
+        worker.join();
+        QVERIFY(asked);
+        QVERIFY2(timer.elapsed() < 150, qPrintable(QString::number(timer.elapsed())));
+        QCOMPARE(error.code(), code(TransportError::Cancelled));
+    }
 }
 
 void TestTransferFaults::neverBeginsWhenStopped()

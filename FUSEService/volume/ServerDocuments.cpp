@@ -70,9 +70,13 @@ void ServerDocuments::shutDown()
 
 template <typename Call> auto ServerDocuments::ask(const char *what, Call call)
 {
+    if (isHanging())
+        throw Errno{EIO};
+    const auto began = std::chrono::steady_clock::now();
     const QString token = session.account().tokenID;
     QBError error;
     auto reply = call(&error);
+    noteOutcome(error, began);
     if (concernsToken(error) && renewSession(token)) {
         error = QBError();
         reply = call(&error);
@@ -83,6 +87,25 @@ template <typename Call> auto ServerDocuments::ask(const char *what, Call call)
     platform::log(u"FUSEService: %1 failed: %2 %3 (%4)"_s.arg(
         QLatin1String(what), error.domain(), QString::number(error.code()), error.localizedDescription()));
     throw Errno{number};
+}
+
+bool ServerDocuments::isHanging()
+{
+    const std::lock_guard lock(health);
+    return std::chrono::steady_clock::now() < hangingUntil;
+}
+
+void ServerDocuments::noteOutcome(const QBError &error, std::chrono::steady_clock::time_point began)
+{
+    constexpr auto pause = std::chrono::seconds(5);
+    const bool timedOut =
+        error.domain() == QBError::transportDomain() && error.code() == static_cast<int>(TransportError::TimedOut);
+    const auto now = std::chrono::steady_clock::now();
+    const std::lock_guard lock(health);
+    if (!timedOut)
+        lastAnswer = now;
+    else if (lastAnswer < began)
+        hangingUntil = now + pause;
 }
 
 bool ServerDocuments::renewSession(const QString &refusedToken)

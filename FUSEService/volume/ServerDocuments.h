@@ -20,7 +20,8 @@ namespace volume
 {
 
 /// The documents on the server of the stored session. A call that the server refuses because of the token is tried once
-/// more with a renewed one; a call that fails leaves one line in the log. Any thread.
+/// more with a renewed one; a call that fails leaves one line in the log. A server that let a call wait in vain and
+/// answered none meanwhile is left alone for some seconds, so that a program with many calls fails soon. Any thread.
 class ServerDocuments : public DocumentStore
 {
 public:
@@ -47,6 +48,8 @@ private:
     /// What to call, for the log, and the call itself.
     template <typename Call> auto ask(const char *what, Call call);
     bool renewSession(const QString &refusedToken);
+    bool isHanging();
+    void noteOutcome(const QBError &error, std::chrono::steady_clock::time_point began);
 
     QBGlobeInformation &session;
     HttpTransport transport;
@@ -56,6 +59,9 @@ private:
     std::mutex renewal; ///< guards what follows; one renewal at a time
     QString hopelessToken;
     std::chrono::steady_clock::time_point hopelessSince;
+    std::mutex health; ///< guards what follows
+    std::chrono::steady_clock::time_point lastAnswer;
+    std::chrono::steady_clock::time_point hangingUntil;
 };
 
 } // namespace volume

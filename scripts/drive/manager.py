@@ -7,6 +7,7 @@ import subprocess
 import time
 
 from . import processes
+from .volume import Volume
 from .waiting import Failure, wait_for
 
 SESSION_FILE = ("com.velto.quillbox/Library/Containers/com.velto.quillbox.FinderHelper1/Data/Library/"
@@ -22,6 +23,7 @@ class Profile:
         self.folder = os.path.realpath(folder)
         for name in ("config", "data", "cache", "volumes"):
             os.makedirs(os.path.join(self.folder, name), mode=0o700, exist_ok=True)
+        self.volume = Volume(os.path.join(self.folder, "volumes/Quillbox"))
         self.bundle = os.path.join(self.folder, "Quillbox.app")
         shutil.rmtree(self.bundle, ignore_errors=True)
         shutil.copytree(bundle, self.bundle, symlinks=True)

@@ -90,7 +90,7 @@ def end_all(grace=3.0):
 def _send(process_id, number):
     try:
         os.kill(process_id, number)
-    except ProcessLookupError:
+    except (ProcessLookupError, PermissionError):  # gone, or a helper that runs with root's rights and ends by itself
         pass
 
 

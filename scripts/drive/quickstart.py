@@ -2,7 +2,7 @@
 """Runs the demonstration on a finished build; quickstart calls it with the folders and the user's options.
 
 With a screen: starts server and manager and waits until the user quits. Headless: walks the whole road on a virtual
-screen, prints each milestone and keeps a picture of each window.
+screen with a file copied out of the volume and one copied in, prints each milestone and keeps a picture of each window.
 """
 import argparse
 import os
@@ -14,9 +14,10 @@ import time
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1]))
 
-from drive import processes, road  # noqa: E402
+from drive import demo_documents, processes, road, round_trip  # noqa: E402
 from drive.manager import SERVER_WINDOW, SIGN_IN_WINDOW, Manager, Profile  # noqa: E402
 from drive.server import DEMO_ACCOUNT, DEMO_PASSWORD, Server  # noqa: E402
+from drive.volume import Volume, obstacle  # noqa: E402
 from drive.waiting import Failure, wait_for  # noqa: E402
 
 
@@ -52,16 +53,20 @@ def prepare(options):
     leftovers = processes.running_below(demo)
     if leftovers:
         raise Failure(f"a demonstration out of {demo} is still running (process {leftovers[0]}); quit it first")
+    Volume(os.path.join(os.path.realpath(demo), "volumes/Quillbox")).detach()
     shutil.rmtree(demo, ignore_errors=True)
     os.makedirs(demo, mode=0o700)
     profile = Profile(demo, os.path.join(options.build, "Quillbox.app"))
     if options.server:
         return None, profile
-    return Server(os.path.join(options.build, "bin/quillbox-server"), os.path.join(demo, "server")), profile
+    documents = os.path.join(demo, "documents")
+    demo_documents.make(documents)
+    return Server(os.path.join(options.build, "bin/quillbox-server"), os.path.join(demo, "server"),
+                  ("--demo-documents", documents)), profile
 
 
 def preset(options, server, profile):
-    """Fills the windows in: address, port and account."""
+    """Fills the windows in: address, port and account. Returns the password."""
     if server:
         server.wait_until_ready()
         address, port, password = "127.0.0.1", server.https_port, DEMO_PASSWORD
@@ -74,6 +79,7 @@ def preset(options, server, profile):
         if options.certificate:
             profile.use_certificate(options.certificate)
     profile.preset(address, port, options.account, password)
+    return password
 
 
 def run_headless(options, milestones):
@@ -83,12 +89,18 @@ def run_headless(options, milestones):
     with Desktop() as desktop:
         milestones.expect("server-ready")
         server, profile = prepare(options)
-        preset(options, server, profile)
+        password = preset(options, server, profile)
         milestones.reached()
-        walk(Manager(profile, desktop, AccessibilityBus()), options.out, milestones)
+        walk(Manager(profile, desktop, AccessibilityBus()), options, password, milestones)
 
 
-def walk(manager, pictures, milestones):
+def walk(manager, options, password, milestones):
+    walk_to_service(manager, options.out, milestones)
+    walk_volume(manager, options, password, milestones)
+    walk_out(manager, options.out, milestones)
+
+
+def walk_to_service(manager, pictures, milestones):
     def picture(name):
         manager.screenshot(os.path.join(pictures, name + ".png"))
 
@@ -110,13 +122,27 @@ def walk(manager, pictures, milestones):
     road.wait_for_companion(manager)
     milestones.reached()
 
+
+def walk_volume(manager, options, password, milestones):
+    milestones.expect("volume-mounted")
+    own = road.wait_for_volume(manager)
+    milestones.reached()
+    print("\n".join("    " + name for name in round_trip.listing(manager.profile.volume, own)), flush=True)
+
+    milestones.expect("file-round-trip")
+    calls = round_trip.second_session(manager.profile, options.account, password)
+    print("    " + round_trip.show(own, calls, os.path.join(manager.profile.folder, "copies")), flush=True)
+    milestones.reached()
+
+
+def walk_out(manager, pictures, milestones):
     milestones.expect("signed-out")
     manager.launch_again()
     manager.control("performLogout")
-    picture("menu")
+    manager.screenshot(os.path.join(pictures, "menu.png"))
     road.sign_out(manager)
     milestones.reached()
-    picture("signed-out")
+    manager.screenshot(os.path.join(pictures, "signed-out.png"))
 
     milestones.expect("quit")
     road.quit_manager(manager)
@@ -130,7 +156,10 @@ def run_with_screen(options, milestones):
     milestones.reached()
     address = f"127.0.0.1, port {server.https_port}" if server else options.server
     print(f"Server: {address}. Account: {options.account}." + (f" Password: {DEMO_PASSWORD}" if server else ""))
-    print("Press OK in the server window, then sign in. Quit in Quillbox's menu, or press Ctrl-C here.", flush=True)
+    print(f"Press OK in the server window, then sign in; the documents appear in {profile.volume.path}.")
+    if obstacle():
+        print(f"Signing in will not last here: {obstacle()}")
+    print("Quit in Quillbox's menu, or press Ctrl-C here.", flush=True)
     manager = Manager(profile)
     manager.process.wait()
     if manager.process.returncode != 0:

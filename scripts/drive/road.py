@@ -1,6 +1,7 @@
 """The road a new user takes, from the server's address to quitting, in steps that the caller may mark or photograph."""
 from . import processes
 from .manager import SERVER_WINDOW, SIGN_IN_WINDOW
+from .volume import obstacle
 from .waiting import Failure, wait_for
 
 
@@ -25,7 +26,10 @@ def sign_in(manager, account=None, password=None):
 
 
 def wait_for_companion(manager, seconds=20):
-    """The id of the companion process, which must have been told the manager's id."""
+    """The id of the companion process, which must have been told the manager's id. It ends where it cannot mount."""
+    reason = obstacle()
+    if reason:
+        raise Failure(reason)
     companion = wait_for("the companion process FUSEService", manager.profile.companions, seconds,
                          while_true=(manager.runs, "the manager ended"))[0]
     if processes.arguments(companion)[1:] != [str(manager.process.pid)]:
@@ -33,9 +37,17 @@ def wait_for_companion(manager, seconds=20):
     return companion
 
 
+def wait_for_volume(manager, seconds=20):
+    """The folder of the user's own documents on the mounted volume."""
+    manager.profile.volume.wait_until_mounted((manager.profile.companions, "the companion ended"), seconds)
+    return manager.profile.volume.own_documents()
+
+
 def sign_out(manager):
+    """Ends at the sign-in window, with the companion and the volume gone."""
     manager.choose_in_menu("performLogout")
     wait_for("the companion process to end", lambda: not manager.profile.companions(), 15)
+    manager.profile.volume.wait_until_gone()
     manager.control(SIGN_IN_WINDOW, 15)
 
 
@@ -45,3 +57,4 @@ def quit_manager(manager):
     if code != 0:
         raise Failure(f"the manager ended with status {code}")
     wait_for("everything of the application to end", lambda: not manager.profile.processes(), 5)
+    manager.profile.volume.wait_until_gone()

@@ -6,20 +6,10 @@ import time
 from drive import processes, road
 from drive.manager import SERVER_WINDOW, SIGN_IN_WINDOW
 from drive.server import DEMO_ACCOUNT, DEMO_PASSWORD
-from drive.waiting import Failure, wait_for
+from drive.waiting import wait_for
 
-
-def expect(condition, text):
-    if not condition:
-        raise Failure(text)
-
-
-def signed_in(stage):
-    """A manager that was started with a stored server and signed in; the shortest way to that state."""
-    stage.store_server(stage.server.https_port)
-    manager = stage.launch()
-    road.sign_in(manager, DEMO_ACCOUNT, DEMO_PASSWORD)
-    return manager, road.wait_for_companion(manager)
+import volume_cases
+from steps import expect, signed_in
 
 
 def whole_road(stage, port, https):
@@ -173,4 +163,5 @@ def languages(stage):
 
 ALL = {case.__name__: case for case in (
     road_http, road_https, secrets_stay_private, wrong_password, return_key_signs_in, companion_killed, companion_missing,
-    manager_killed, second_launch, server_down_at_start, terminated, quit_while_server_is_slow, languages)}
+    manager_killed, second_launch, server_down_at_start, terminated, quit_while_server_is_slow, languages,
+    volume_cases.volume, volume_cases.volume_after_crash)}

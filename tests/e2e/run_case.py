@@ -2,6 +2,7 @@
 """Runs one end-to-end case against a build: run_case.py CASE SOURCE_FOLDER BUILD_FOLDER
 
 Always as an ordinary user: root first copies what is needed to a folder of the user "nobody" and continues as that user.
+Where only root may open the FUSE device, that user gets a node of its own, which nobody else sees.
 """
 import os
 import pathlib
@@ -13,6 +14,24 @@ import sys
 import tempfile
 
 HERE = pathlib.Path(__file__).resolve().parent
+
+DEVICE = "/dev/fuse"
+WITH_OWN_DEVICE = """set -e; folder=$1; number=$2; shift 2
+mount -t tmpfs -o mode=755 none "$folder"
+mknod -m 666 "$folder/fuse" c $number
+mount --bind "$folder/fuse" /dev/fuse
+exec "$@"
+"""
+
+
+def with_device(command, folder):
+    """The command line, in a mount namespace of its own where everybody may open the device."""
+    if not os.path.exists(DEVICE) or os.stat(DEVICE).st_mode & 0o006 == 0o006:
+        return command
+    number = os.stat(DEVICE).st_rdev
+    folder.mkdir()
+    return ["unshare", "--mount", "--propagation", "private", "sh", "-c", WITH_OWN_DEVICE, "sh", folder,
+            f"{os.major(number)} {os.minor(number)}", *command]
 
 
 def as_ordinary_user(case, source, build):
@@ -30,6 +49,7 @@ def as_ordinary_user(case, source, build):
         command = ["setpriv", f"--reuid={user.pw_uid}", f"--regid={user.pw_gid}", "--clear-groups", "--pdeathsig=TERM",
                    sys.executable, folder / "source/tests/e2e/run_case.py", case, folder / "source", folder / "build"]
         environment.update(HOME=str(folder / "home"), PYTHONDONTWRITEBYTECODE="1")
+        command = with_device(command, folder / "device")
         return subprocess.run(command, env=environment, cwd=folder, check=False).returncode
     finally:
         shutil.rmtree(folder, ignore_errors=True)
@@ -98,6 +118,8 @@ def play(case, build):
             print(f"--- manager\n{stage.manager_log()[-4000:]}--- server\n{read(stage.server.log)[-2000:]}")
         return 1
     finally:
+        if stage:
+            stage.profile.volume.detach()  # before the folder goes, and documents with it
         shutil.rmtree(folder, ignore_errors=True)
 
 

@@ -383,7 +383,7 @@ size_t CurlExchange::takeHeader(const char *bytes, size_t size, size_t count, vo
         state.failure = TransportError::ReplyTooLarge;
     if (line.startsWith("HTTP/"))
         state.headerComplete = false;
-    else if (line.trimmed().isEmpty())
+    else if (line.size() <= 2 && line.trimmed().isEmpty())
         state.headerComplete = true;
     return state.failure ? 0 : size * count;
 }

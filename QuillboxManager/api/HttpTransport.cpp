@@ -8,7 +8,6 @@
 #include <array>
 #include <condition_variable>
 #include <mutex>
-#include <set>
 #include <thread>
 #include <vector>
 
@@ -95,7 +94,7 @@ public:
     std::condition_variable allReturned;
     bool reaperRests = false; ///< it waits for the first idle handle, without a date
     std::vector<Idle> idle;   ///< the longest idle first; taken from the end, so that few stay warm
-    std::set<CurlExchange *> busy;
+    std::vector<CurlExchange *> busy;
     std::thread reaper; ///< started with the first idle handle; sleeps until one is due
 };
 
@@ -117,14 +116,14 @@ HttpTransport::Private::Exchange HttpTransport::Private::take()
         exchange = std::move(chosen->exchange);
         idle.erase(chosen);
     }
-    busy.insert(exchange.get());
+    busy.push_back(exchange.get());
     return exchange;
 }
 
 void HttpTransport::Private::giveBack(Exchange exchange)
 {
     const std::lock_guard lock(mutex);
-    busy.erase(exchange.get());
+    std::erase(busy, exchange.get());
     if (stopping) {
         exchange.reset(); // inside the lock: the destructor goes on once nothing is busy
         if (busy.empty())

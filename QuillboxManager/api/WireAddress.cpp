@@ -6,7 +6,7 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
+#include <string_view>
 
 namespace
 {
@@ -38,16 +38,6 @@ qsizetype endOfServer(QByteArrayView address)
     return std::find_if(begin, address.end(), isEnd) - address.begin();
 }
 
-bool isPlainName(QByteArrayView host)
-{
-    for (const char *const odd : {"--", "..", "-.", ".-"})
-        if (host.contains(odd))
-            return false;
-    // The last part of a number that stands for an address begins with a digit, even when it is hexadecimal.
-    const QByteArrayView last = host.sliced(host.lastIndexOf('.') + 1);
-    return host.front() != '-' && host.front() != '.' && host.back() != '-' && !last.isEmpty() && isLower(last.front());
-}
-
 bool isFourNumbers(QByteArrayView host)
 {
     std::array<char, longestPlainHost + 1> text{};
@@ -59,11 +49,20 @@ bool isFourNumbers(QByteArrayView host)
 /// A lower-case name or an address of four numbers, which stay as they are on the wire.
 bool isPlainHost(QByteArrayView host)
 {
-    const bool known =
-        std::all_of(host.begin(), host.end(), [](char c) { return isLower(c) || isDigit(c) || c == '-' || c == '.'; });
-    if (!known || host.isEmpty() || host.size() > longestPlainHost)
+    char before = '.';
+    char beginOfPart = 0;
+    for (const char c : host) {
+        const bool divides = c == '.' || c == '-';
+        if (divides ? before == '.' || before == '-' : !isLower(c) && !isDigit(c))
+            return false;
+        if (before == '.')
+            beginOfPart = c;
+        before = c;
+    }
+    if (before == '.' || before == '-' || host.size() > longestPlainHost)
         return false;
-    return isPlainName(host) || isFourNumbers(host);
+    // The last part of a number that stands for an address begins with a digit, even when it is hexadecimal.
+    return isLower(beginOfPart) || isFourNumbers(host);
 }
 
 /// Empty, or a number that is written the usual way.
@@ -88,11 +87,18 @@ bool isPlainServer(QByteArrayView server)
 }
 
 /// Characters that mean the same, encoded or not, wherever they stand behind the server.
+constexpr std::array<bool, 256> plainInPath = [] {
+    std::array<bool, 256> plain{};
+    for (const unsigned char c : std::string_view("/?&=._-~:,;+*!$0123456789"))
+        plain[c] = true;
+    for (unsigned char c = 0; c < 26; ++c)
+        plain['a' + c] = plain['A' + c] = true;
+    return plain;
+}();
+
 bool isPlainPath(QByteArrayView path)
 {
-    return std::all_of(path.begin(), path.end(), [](char c) {
-        return isLower(c) || isDigit(c) || (c >= 'A' && c <= 'Z') || (c != '\0' && std::strchr("/?&=._-~:,;+*!$", c));
-    });
+    return std::all_of(path.begin(), path.end(), [](char c) { return plainInPath[static_cast<unsigned char>(c)]; });
 }
 
 QByteArray encodedByUrl(const QString &text)

@@ -36,6 +36,7 @@ private Q_SLOTS:
     void survivesACutRead();
     void survivesACutUpload();
     void survivesTheServersAbsence();
+    void isNotHeldUpByAHangingServer();
     void findsTheNextSession();
     void leavesNothingHalfWhenKilled();
     void stops_data();
@@ -224,6 +225,20 @@ void TestMountFaults::survivesTheServersAbsence()
     QCOMPARE(readFile(u"old"_s), pattern(3 * 1024 * 1024));
     QCOMPARE(writeFile(u"away"_s, "", O_APPEND), 0);
     QTRY_COMPARE(server->contents(u"away"_s), "away");
+}
+
+void TestMountFaults::isNotHeldUpByAHangingServer()
+{
+    QCOMPARE(readFile(u"small"_s), "small");
+    server->pause();
+    QElapsedTimer time;
+    time.start();
+    const auto slow = runScript(home, u"for n in 1 2 3 4 5 6 7 8 9 10 11 12; do cat old > /dev/null & done;"
+                                      "sleep 0.5; timeout 2 ls -d '%1' '%1'/..; wait"_s.arg(service->root()));
+    server->resume();
+    QVERIFY(slow.output.contains(service->root().toUtf8()));
+    QVERIFY2(time.elapsed() < 25'000, QByteArray::number(time.elapsed()).constData());
+    QTRY_COMPARE_WITH_TIMEOUT(readFile(u"old"_s), pattern(3 * 1024 * 1024), 10'000);
 }
 
 void TestMountFaults::findsTheNextSession()

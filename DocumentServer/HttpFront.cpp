@@ -23,6 +23,7 @@ constexpr size_t longestBody = size_t(1) << 51;
 constexpr size_t largestPart = 1024 * 1024;
 constexpr size_t longestPath = 256;
 constexpr size_t mostConnections = 256;
+constexpr int waitingConnections = 256;
 
 /// Sends what the stream gives, up to the planned cut, after which the connection ends.
 void sendStream(httplib::Response &response, const Reply &reply)
@@ -111,12 +112,6 @@ QByteArray queryOf(const httplib::Request &request)
     return mark < 0 ? QByteArray() : target.mid(mark + 1);
 }
 
-/// No sharing of the port with another process that happens to ask for it too.
-void setSocketOptions(int socket)
-{
-    const int yes = 1;
-    ::setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
-}
 } // namespace
 
 HttpFront::HttpFront(Handlers given, const Identity *identity) : handlers(std::move(given))
@@ -137,7 +132,12 @@ HttpFront::~HttpFront()
 void HttpFront::limit()
 {
     server->new_task_queue = [] { return new ConnectionThreads(mostConnections); };
-    server->set_socket_options(setSocketOptions);
+    server->set_socket_options([this](int socket) {
+        // No sharing of the port with another process that happens to ask for it too.
+        const int yes = 1;
+        ::setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
+        listening = socket;
+    });
     server->set_tcp_nodelay(true);
     server->set_keep_alive_max_count(1'000'000);
     server->set_keep_alive_timeout(30);
@@ -213,6 +213,8 @@ bool HttpFront::listen(const QString &host, int port, QString *error)
         *error = u"cannot listen on %1 port %2: it is in use or not allowed"_s.arg(host).arg(port);
         return false;
     }
+    // The library lets so few connections wait that a burst of them is delayed by seconds.
+    ::listen(listening, waitingConnections);
     listener = std::thread([this] {
         server->listen_after_bind();
         ended = true;

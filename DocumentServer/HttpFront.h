@@ -53,6 +53,7 @@ private:
     std::unique_ptr<httplib::Server> server;
     std::thread listener;
     std::atomic<bool> ended = false; ///< the listener, with all of its connections
+    int listening = -1;              ///< the library's listening socket
     int boundPort = -1;
 };
 

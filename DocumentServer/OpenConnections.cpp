@@ -1,9 +1,9 @@
 #include "OpenConnections.h"
 
-#include <algorithm>
+#include <cstdlib>
 
+#include <dirent.h>
 #include <netinet/in.h>
-#include <sys/resource.h>
 #include <sys/socket.h>
 
 namespace documentserver
@@ -11,8 +11,6 @@ namespace documentserver
 
 namespace
 {
-constexpr rlim_t mostDescriptors = 65'536;
-
 int portOf(const sockaddr_storage &address)
 {
     if (address.ss_family == AF_INET)
@@ -37,14 +35,16 @@ int otherEnd(int descriptor, int port)
 /// `remotePort` -1 means every connection.
 void cut(int port, int remotePort)
 {
-    rlimit limit{};
-    ::getrlimit(RLIMIT_NOFILE, &limit);
-    const int end = static_cast<int>(std::min(limit.rlim_cur, mostDescriptors));
-    for (int descriptor = 0; descriptor < end; ++descriptor) {
+    DIR *descriptors = ::opendir("/dev/fd");
+    if (!descriptors)
+        return;
+    while (const dirent *entry = ::readdir(descriptors)) {
+        const int descriptor = std::atoi(entry->d_name);
         const int other = otherEnd(descriptor, port);
         if (other >= 0 && (remotePort < 0 || other == remotePort))
             ::shutdown(descriptor, SHUT_RDWR);
     }
+    ::closedir(descriptors);
 }
 } // namespace
 

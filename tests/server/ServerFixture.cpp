@@ -9,6 +9,7 @@
 #include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonDocument>
 #include <QUrl>
 
@@ -39,6 +40,13 @@ QString knownKeys()
     return folder.path();
 }
 
+QString folderPattern()
+{
+    const QFileInfo memory(u"/dev/shm"_s);
+    const QString folder = memory.isDir() && memory.isWritable() ? memory.filePath() : QDir::tempPath();
+    return folder + "/server-test-XXXXXX"_L1;
+}
+
 void takeKnownKeys(const QString &dataFolder)
 {
     QDir().mkpath(dataFolder);
@@ -53,7 +61,7 @@ void rememberKeys(const QString &dataFolder)
 }
 } // namespace
 
-ServerFixture::ServerFixture(const QJsonObject &scenario)
+ServerFixture::ServerFixture(const QJsonObject &scenario) : directory(folderPattern())
 {
     takeKnownKeys(options().dataFolder);
     if (!restart() || !useScenario(scenario))

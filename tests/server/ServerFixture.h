@@ -52,7 +52,7 @@ public:
     QString folder() const { return directory.path(); }
     documentserver::Options options() const;
 
-    QTemporaryDir directory;
+    QTemporaryDir directory; ///< in memory where the system has such a folder, for servers wait for the disk often
     std::atomic<qint64> time = 1'700'000'000'000;
     std::unique_ptr<documentserver::Server> server;
 

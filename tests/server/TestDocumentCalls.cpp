@@ -210,15 +210,12 @@ private Q_SLOTS:
             QVERIFY(documents.open(fixture.server.options().dataFolder, &error));
             documentserver::Documents::Writing change(documents);
             const auto parent = findNode(change.database(), documentserver::parseDocid(folder));
-            documentserver::Node node;
-            node.parent = parent->id;
-            node.home = parent->home;
-            node.isFile = true;
-            node.size = 0;
-            for (int i = 1000; i < count + 1000; ++i) {
-                node.name = u"file %1.txt"_s.arg(i);
-                insertNode(change.database(), &node);
-            }
+            change.database().run(
+                "WITH RECURSIVE numbers(n) AS (SELECT 1000 UNION ALL SELECT n + 1 FROM numbers WHERE n + 1 < 1000 + ?)"
+                " INSERT INTO nodes(parent, home, name, type, revision, tag, size, modified, clientmodified, created,"
+                " creator, creatoraccount, editor) SELECT ?, ?, 'file ' || n || '.txt', 1, 0, n, 0, 0, 0, 0, '', '', ''"
+                " FROM numbers",
+                {count, parent->id, parent->home});
             change.commit();
         }
         const QJsonObject listing = fixture.call("dir.list", {{u"docid"_s, folder}}).json;

@@ -56,6 +56,10 @@ int main(int argc, char **argv)
     }
     const StopSignals signals;
     platform::Host &host = platform::host();
+    if (host.folders.temporary().isNull()) {
+        platform::log(QStringLiteral("FUSEService: there is no private folder for the socket"));
+        return CompanionStrings::NoSocket;
+    }
     QBGlobeInformation &session = QBGlobeInformation::sharedGlobeInformation();
     volume::Volume volume(session, platform::UserDefaults::standard(), volumeSettings(host));
     CompanionService service(session, host.distributed,

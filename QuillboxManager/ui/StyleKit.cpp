@@ -77,7 +77,7 @@ void install()
 void warmUp()
 {
     const QFontMetrics metrics(QApplication::font());
-    metrics.horizontalAdvance(QStringLiteral("Quillbox 云盘"));
+    metrics.horizontalAdvance(QStringLiteral("Quillbox \u4e91\u76d8")); // one text of each script in use
 }
 
 void dressWindow(QWidget *window, Resizing resizing)

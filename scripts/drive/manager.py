@@ -143,6 +143,15 @@ class Manager:
         self.desktop.type_text(text)
         wait_for(f"the typed text in {object_name}", lambda: field.text_length() == len(text), 5)
 
+    def clear(self, object_name):
+        """Empties a field with real key strokes."""
+        field = self.control(object_name)
+        field.focus()
+        wait_for(f"the keyboard focus in {object_name}", field.has_focus, 5)
+        self.desktop.key("ctrl+a")
+        self.desktop.key("BackSpace")
+        wait_for(f"{object_name} to be empty", lambda: field.text_length() == 0, 5)
+
     def windows(self):
         return self.desktop.windows(self.process.pid)
 

@@ -1,4 +1,5 @@
 """The end-to-end cases. Each gets a fresh `Stage`: server, profile, screen; the name of the function is its test name."""
+import json
 import os
 import signal
 import time
@@ -72,6 +73,39 @@ def return_key_signs_in(stage):
     manager.type("txtPassword", DEMO_PASSWORD)
     stage.desktop.key("Return")
     road.wait_for_companion(manager)
+
+
+def scenario_server(stage, settings, *options):
+    """A server with these settings, chosen and trusted by the profile."""
+    path = os.path.join(stage.folder, "scenario.json")
+    with open(path, "w", encoding="utf-8") as file:
+        json.dump(settings, file)
+    server = stage.start_server("--scenario", path, *options)
+    stage.profile.use_certificate(server.certificate)
+    stage.store_server(server.https_port)
+
+
+def sms_code(stage):
+    """A second factor: the code that the server sent is typed into the verification window and finishes the sign-in."""
+    codes = os.path.join(stage.folder, "codes")
+    scenario_server(stage, {"dualfactor_auth_server_status": {"auth_by_sms": True}}, "--codes", codes)
+    manager = stage.launch()
+    manager.type("txtUserName", DEMO_ACCOUNT)
+    manager.type("txtPassword", DEMO_PASSWORD)
+    manager.press(SIGN_IN_WINDOW)
+    manager.control("verificationCodeTextField")
+    with open(codes, encoding="utf-8") as file:
+        code = json.loads(file.readlines()[-1])["code"]
+    manager.type("verificationCodeTextField", "0" if code != "0" else "1")
+    manager.press("verifyButton")
+    message = wait_for("a text in the error line", manager.control("errorMessageTextField").spoken_name, 10)
+    expect("code" in message, f"the error line says {message!r}")
+    manager.clear("verificationCodeTextField")
+    manager.type("verificationCodeTextField", code)
+    manager.press("verifyButton")
+    road.wait_for_companion(manager)
+    manager.gone("verificationCodeTextField")
+    road.quit_manager(manager)
 
 
 def companion_killed(stage):
@@ -162,6 +196,6 @@ def languages(stage):
 
 
 ALL = {case.__name__: case for case in (
-    road_http, road_https, secrets_stay_private, wrong_password, return_key_signs_in, companion_killed, companion_missing,
-    manager_killed, second_launch, server_down_at_start, terminated, quit_while_server_is_slow, languages,
-    volume_cases.volume, volume_cases.volume_after_crash)}
+    road_http, road_https, secrets_stay_private, wrong_password, return_key_signs_in, sms_code, companion_killed,
+    companion_missing, manager_killed, second_launch, server_down_at_start, terminated, quit_while_server_is_slow,
+    languages, volume_cases.volume, volume_cases.volume_after_crash)}

@@ -177,6 +177,8 @@ private Q_SLOTS:
             QVERIFY(!fixture.makeFile(folder, name, name.toUtf8()).isEmpty());
         QVERIFY(!fixture.makeFolder(folder, u"sub"_s).isEmpty());
         const Answer answer = fixture.call("dir.list", {{u"docid"_s, folder}, {u"attr"_s, false}});
+        QVERIFY(
+            std::none_of(answer.bytes.begin(), answer.bytes.end(), [](char byte) { return byte >= 0 && byte < ' '; }));
         const QJsonArray files = answer.json.value("files"_L1).toArray();
         QCOMPARE(files.size(), names.size());
         QCOMPARE(answer.json.value("dirs"_L1).toArray().size(), 1);

@@ -213,6 +213,23 @@ private Q_SLOTS:
         QVERIFY2(reply.contains("413001"), reply.left(200).constData());
     }
 
+    /// What follows a body that cannot be read is not taken for another request.
+    void brokenBodyEndsTheConnection()
+    {
+        const ServerFixture fixture;
+        QTcpSocket socket;
+        socket.connectToHost(u"127.0.0.1"_s, quint16(fixture.server->httpPort()));
+        QVERIFY(socket.waitForConnected(5000));
+        socket.write("POST /api/v1/ping HTTP/1.1\r\nHost: h\r\nTransfer-Encoding: chunked\r\n\r\nzz\r\n"
+                     "POST /api/v1/ping HTTP/1.1\r\nHost: h\r\nContent-Length: 2\r\n\r\n{}");
+        QByteArray reply;
+        while (socket.waitForReadyRead(5000))
+            reply += socket.readAll();
+        QCOMPARE(socket.state(), QAbstractSocket::UnconnectedState);
+        QVERIFY2(reply.contains("the request ends before its end"), reply.constData());
+        QCOMPARE(reply.count("HTTP/1.1"), 1);
+    }
+
     /// Connections that send nothing keep nobody waiting.
     void slowClients()
     {

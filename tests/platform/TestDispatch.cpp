@@ -8,6 +8,7 @@
 #include <QThread>
 
 #include <atomic>
+#include <semaphore>
 
 using namespace platform;
 using namespace std::chrono_literals;
@@ -183,7 +184,7 @@ void TestDispatch::queuedPostOfADeadCentreIsDropped()
     const auto held = std::make_shared<int>(0);
     int seen = 0;
     center->addObserver(&observer, QStringLiteral("a"), [&seen, held](const Notification &) { ++seen; });
-    QSemaphore posted;
+    std::binary_semaphore posted(0);
     dispatchGlobal([&] {
         center->post(QStringLiteral("a"));
         posted.release();

@@ -13,6 +13,7 @@ if(CCACHE_PROGRAM AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
     set(CMAKE_C_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
 endif()
 
+include(CheckLinkerFlag)
 add_library(quillbox_common INTERFACE)
 target_compile_options(quillbox_common INTERFACE
     -Wall -Wextra -Wpedantic -Werror -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wconversion
@@ -22,6 +23,11 @@ target_compile_definitions(quillbox_common INTERFACE
     QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING QT_NO_KEYWORDS
     QT_DISABLE_DEPRECATED_BEFORE=0x060400)
 target_link_options(quillbox_common INTERFACE -Wl,-z,relro,-z,now -Wl,--as-needed)
+# Programs with debug information link several times faster with it.
+check_linker_flag(CXX -fuse-ld=lld QUILLBOX_HAS_LLD)
+if(QUILLBOX_HAS_LLD)
+    target_link_options(quillbox_common INTERFACE -fuse-ld=lld)
+endif()
 if(CMAKE_BUILD_TYPE MATCHES "Rel")
     target_compile_definitions(quillbox_common INTERFACE _FORTIFY_SOURCE=2)
 endif()

@@ -1093,4 +1093,55 @@
         <translation>Update Now</translation>
     </message>
 </context>
+<context>
+    <name>WebPanel</name>
+    <message>
+        <source>Crash.text</source>
+        <translation>The program that shows the page has stopped, and what you typed was not kept. Reload the page.</translation>
+    </message>
+    <message>
+        <source>Crash.title</source>
+        <translation>The page stopped unexpectedly</translation>
+    </message>
+    <message>
+        <source>LoadError.text</source>
+        <translation>Check your network connection, then reload. If it still does not open, ask your administrator.</translation>
+    </message>
+    <message>
+        <source>LoadError.title</source>
+        <translation>The page could not be opened</translation>
+    </message>
+    <message>
+        <source>NoAnswer.text</source>
+        <translation>Nothing was shown within 30 seconds. Reload it in a moment.</translation>
+    </message>
+    <message>
+        <source>NoAnswer.title</source>
+        <translation>The page does not answer</translation>
+    </message>
+    <message>
+        <source>NoPlugin.text</source>
+        <translation>The part of the application that shows web pages is missing or damaged. Install the application again, or open the page in your browser.</translation>
+    </message>
+    <message>
+        <source>NoPlugin.title</source>
+        <translation>Web pages cannot be shown here</translation>
+    </message>
+    <message>
+        <source>back</source>
+        <translation>Back</translation>
+    </message>
+    <message>
+        <source>loading</source>
+        <translation>Opening the page…</translation>
+    </message>
+    <message>
+        <source>openInBrowser</source>
+        <translation>Open in browser</translation>
+    </message>
+    <message>
+        <source>reload</source>
+        <translation>Reload</translation>
+    </message>
+</context>
 </TS>

@@ -1093,4 +1093,55 @@
         <translation>立即更新</translation>
     </message>
 </context>
+<context>
+    <name>WebPanel</name>
+    <message>
+        <source>Crash.text</source>
+        <translation>显示页面的程序已停止，您输入的内容没有保存。请重新加载。</translation>
+    </message>
+    <message>
+        <source>Crash.title</source>
+        <translation>页面意外停止</translation>
+    </message>
+    <message>
+        <source>LoadError.text</source>
+        <translation>请检查网络连接，然后重新加载。如果仍然无法打开，请联系管理员。</translation>
+    </message>
+    <message>
+        <source>LoadError.title</source>
+        <translation>无法打开页面</translation>
+    </message>
+    <message>
+        <source>NoAnswer.text</source>
+        <translation>等待了 30 秒，页面仍没有显示内容。请稍后重新加载。</translation>
+    </message>
+    <message>
+        <source>NoAnswer.title</source>
+        <translation>页面没有响应</translation>
+    </message>
+    <message>
+        <source>NoPlugin.text</source>
+        <translation>应用程序中用于显示网页的组件缺失或损坏。请重新安装应用程序，或在浏览器中打开。</translation>
+    </message>
+    <message>
+        <source>NoPlugin.title</source>
+        <translation>无法显示网页</translation>
+    </message>
+    <message>
+        <source>back</source>
+        <translation>返回</translation>
+    </message>
+    <message>
+        <source>loading</source>
+        <translation>正在打开页面…</translation>
+    </message>
+    <message>
+        <source>openInBrowser</source>
+        <translation>在浏览器中打开</translation>
+    </message>
+    <message>
+        <source>reload</source>
+        <translation>重新加载</translation>
+    </message>
+</context>
 </TS>

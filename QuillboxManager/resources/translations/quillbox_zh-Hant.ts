@@ -1093,4 +1093,55 @@
         <translation>立即更新</translation>
     </message>
 </context>
+<context>
+    <name>WebPanel</name>
+    <message>
+        <source>Crash.text</source>
+        <translation>顯示頁面的程式已停止，您輸入的內容未儲存。請重新載入。</translation>
+    </message>
+    <message>
+        <source>Crash.title</source>
+        <translation>頁面意外停止</translation>
+    </message>
+    <message>
+        <source>LoadError.text</source>
+        <translation>請檢查網路連線，然後重新載入。如果仍然無法開啟，請聯絡管理員。</translation>
+    </message>
+    <message>
+        <source>LoadError.title</source>
+        <translation>無法開啟頁面</translation>
+    </message>
+    <message>
+        <source>NoAnswer.text</source>
+        <translation>等待了 30 秒，頁面仍未顯示內容。請稍後重新載入。</translation>
+    </message>
+    <message>
+        <source>NoAnswer.title</source>
+        <translation>頁面沒有回應</translation>
+    </message>
+    <message>
+        <source>NoPlugin.text</source>
+        <translation>應用程式中用於顯示網頁的元件遺失或損毀。請重新安裝應用程式，或在瀏覽器中開啟。</translation>
+    </message>
+    <message>
+        <source>NoPlugin.title</source>
+        <translation>無法顯示網頁</translation>
+    </message>
+    <message>
+        <source>back</source>
+        <translation>返回</translation>
+    </message>
+    <message>
+        <source>loading</source>
+        <translation>正在開啟頁面…</translation>
+    </message>
+    <message>
+        <source>openInBrowser</source>
+        <translation>在瀏覽器中開啟</translation>
+    </message>
+    <message>
+        <source>reload</source>
+        <translation>重新載入</translation>
+    </message>
+</context>
 </TS>

@@ -73,7 +73,6 @@ void CurlExchange::setPermanentOptions(CURLSH *cookies)
     curl_easy_setopt(easy, CURLOPT_COOKIEFILE, "");
     curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
     curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L); // a stuck name lookup must not outlast the time-out
-    curl_easy_setopt(easy, CURLOPT_POST, 1L);
     curl_easy_setopt(easy, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
     curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, 1L);
     curl_easy_setopt(easy, CURLOPT_MAXREDIRS, mostRedirects);
@@ -99,7 +98,9 @@ void CurlExchange::setOptions(const HttpRequest &request, const QByteArray &url,
     setLimits(request);
     setProxy(proxy);
     setHeaders(request.headers);
-    setBody(request);
+    setMethod(request.method);
+    if (request.method == "POST")
+        setBody(request);
     setTrust(request.acceptAnyCertificate);
 }
 
@@ -152,6 +153,20 @@ void CurlExchange::setHeaders(const QList<Header> &headers)
     headerList = list;
 }
 
+void CurlExchange::setMethod(const QByteArray &method)
+{
+    if (!changes(settings.method, method))
+        return;
+    // The order counts: each of the first three takes back what the others left.
+    const bool post = method == "POST";
+    const bool head = method == "HEAD";
+    curl_easy_setopt(easy, CURLOPT_NOBODY, head ? 1L : 0L);
+    if (!head)
+        curl_easy_setopt(easy, post ? CURLOPT_POST : CURLOPT_HTTPGET, 1L);
+    const bool known = post || head || method == "GET";
+    curl_easy_setopt(easy, CURLOPT_CUSTOMREQUEST, known ? nullptr : method.constData());
+}
+
 void CurlExchange::setBody(const HttpRequest &request)
 {
     // No fields at all make the library ask for the body piece by piece.
@@ -172,7 +187,7 @@ void CurlExchange::setTrust(bool acceptAnyCertificate)
                      static_cast<long>(acceptAnyCertificate ? CURL_SSLVERSION_TLSv1_0 : CURL_SSLVERSION_DEFAULT));
 }
 
-HttpReply CurlExchange::post(const HttpRequest &request, const QByteArray &url, const ProxyChoice &proxy,
+HttpReply CurlExchange::send(const HttpRequest &request, const QByteArray &url, const ProxyChoice &proxy,
                              const std::atomic<bool> &stopping)
 {
     state = State();
@@ -349,8 +364,11 @@ bool CurlExchange::asksSink()
 {
     long status = 0;
     const char *contentType = nullptr;
+    curl_off_t length = -1;
     curl_easy_getinfo(easy, CURLINFO_RESPONSE_CODE, &status);
     curl_easy_getinfo(easy, CURLINFO_CONTENT_TYPE, &contentType);
+    curl_easy_getinfo(easy, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &length);
+    state.request->sink->announceLength(length);
     return state.request->sink->takes(static_cast<int>(status), contentType);
 }
 

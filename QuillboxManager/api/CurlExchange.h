@@ -21,9 +21,9 @@ public:
 
     bool isUsable() const { return easy && multi; }
     /// Blocks until the reply, an error, the time-out, the request's stop signal, or `stopping` together with `wakeUp`.
-    HttpReply post(const HttpRequest &request, const QByteArray &url, const ProxyChoice &proxy,
+    HttpReply send(const HttpRequest &request, const QByteArray &url, const ProxyChoice &proxy,
                    const std::atomic<bool> &stopping);
-    /// Any thread: makes a blocked `post` look at `stopping`.
+    /// Any thread: makes a blocked `send` look at `stopping`.
     void wakeUp();
     void deleteCookies();
 
@@ -36,6 +36,7 @@ private:
     void setLimits(const HttpRequest &request);
     void setProxy(const ProxyChoice &proxy);
     void setHeaders(const QList<Header> &headers);
+    void setMethod(const QByteArray &method);
     void setBody(const HttpRequest &request);
     void setTrust(bool acceptAnyCertificate);
     CURLcode run(const std::atomic<bool> &stopping);
@@ -57,6 +58,7 @@ private:
     // What the handle is set to: setting it again would cost more than the comparison. Nothing: not set yet.
     struct Settings {
         QByteArray url;
+        std::optional<QByteArray> method;
         std::optional<bool> secureOnly; ///< redirects stay with HTTPS
         std::optional<long> timeout;
         std::optional<curl_off_t> largest;

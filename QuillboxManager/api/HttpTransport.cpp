@@ -53,6 +53,14 @@ void initializeOnce()
     Q_UNUSED(done)
 }
 
+/// Nothing that could end the request line early.
+bool isMethod(const QByteArray &name)
+{
+    constexpr qsizetype longestMethod = 32;
+    const auto isLetter = [](char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); };
+    return !name.isEmpty() && name.size() <= longestMethod && std::all_of(name.cbegin(), name.cend(), isLetter);
+}
+
 constexpr std::chrono::milliseconds longestProxyWait{2000};
 
 /// What is left of the time for the proxy's look-up, small beside that of the exchange.
@@ -181,12 +189,12 @@ ProxyChoice HttpTransport::Private::askForProxy(const HttpRequest &request, cons
 HttpReply HttpTransport::Private::send(CurlExchange &exchange, const HttpRequest &request, const WireAddress &address)
 {
     if (const std::optional<ProxyChoice> known = proxies.known(address.server()))
-        return exchange.post(request, address.bytes(), *known, stopping);
+        return exchange.send(request, address.bytes(), *known, stopping);
     const auto begun = Clock::now();
     const ProxyChoice proxy = askForProxy(request, address);
     HttpRequest rest = request;
     rest.timeout -= std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begun);
-    return exchange.post(rest, address.bytes(), proxy, stopping);
+    return exchange.send(rest, address.bytes(), proxy, stopping);
 }
 
 HttpTransport &HttpTransport::shared()
@@ -212,11 +220,11 @@ HttpTransport::~HttpTransport()
         d->reaper.join();
 }
 
-HttpReply HttpTransport::post(const HttpRequest &request)
+HttpReply HttpTransport::send(const HttpRequest &request)
 {
     HttpReply failed;
     const std::optional<WireAddress> address = WireAddress::of(request.url);
-    if (!address) {
+    if (!address || !isMethod(request.method)) {
         failed.error = transportError(TransportError::BadURL);
         return failed;
     }

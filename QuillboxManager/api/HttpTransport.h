@@ -22,6 +22,8 @@ public:
     /// Asked once, before the first byte; what is refused becomes HttpReply::body, as without a sink. Not asked when
     /// the reply has no body.
     virtual bool takes(int status, const QByteArray &contentType) = 0;
+    /// Told right before `takes`: bytes of the body as the server announced them, -1 when it did not.
+    virtual void announceLength(qint64) {}
     /// Why the latest write was refused.
     virtual TransportError refusal() const { return TransportError::CannotWrite; }
 };
@@ -29,6 +31,7 @@ public:
 /// What it points to outlives the exchange.
 struct HttpRequest {
     QString url;                  ///< http or https, absolute
+    QByteArray method = "POST";   ///< letters; any other than POST sends neither `body` nor `upload`
     QByteArray body;              ///< of the POST; null and empty both send no bytes
     ByteSource *upload = nullptr; ///< the POST's bytes instead of `body`; read anew after a redirect
     ReplySink *sink = nullptr;
@@ -52,10 +55,10 @@ struct HttpReply {
     QHash<QByteArray, QByteArray> headers; ///< the wanted ones that came, by the name they were wanted with
 };
 
-/// Blocking HTTP POSTs over pooled, kept-alive connections that share cookies. Any thread, many at a time. Proxy
+/// Blocking HTTP exchanges over pooled, kept-alive connections that share cookies. Any thread, many at a time. Proxy
 /// settings are the desktop's. Idle connections are dropped after a minute.
 ///
-/// Redirects are followed, at most ten, and stay POSTs with the same body. One that leads from HTTPS to plain HTTP is
+/// Redirects are followed, at most ten, and keep method and body. One that leads from HTTPS to plain HTTP is
 /// refused with SecureConnectionFailed: a body may hold credentials. Where any certificate is accepted, so are the old
 /// protocol versions and ciphers that such servers speak. A kept-alive connection that turns out dead before a byte of
 /// answer came is replaced and the request sent again, once.
@@ -71,7 +74,8 @@ public:
     HttpTransport &operator=(const HttpTransport &) = delete;
 
     /// Never blocks longer than the request's time-out, and returns at once when its stop signal or shutDown says so.
-    HttpReply post(const HttpRequest &request);
+    HttpReply send(const HttpRequest &request);
+    HttpReply post(const HttpRequest &request) { return send(request); }
 
     /// Forgets every cookie.
     void deleteCookies();

@@ -38,6 +38,7 @@ class TestHttpTransport : public QObject
 
 private Q_SLOTS:
     void sendsExactBytes();
+    void changesTheMethodOnOneConnection();
     void namesEveryFault_data();
     void namesEveryFault();
     void refusesWhatIsNoAddress_data();
@@ -79,6 +80,27 @@ void TestHttpTransport::sendsExactBytes()
     QCOMPARE(server.requests().at(1),
              "POST /empty HTTP/1.1\r\n" + host +
                  "Content-Length: 0\r\nContent-Type: application/x-www-form-urlencoded\r\n\r\n");
+    QCOMPARE(server.complaint(), QString());
+}
+
+void TestHttpTransport::changesTheMethodOnOneConnection()
+{
+    ScriptedServer server;
+    HttpTransport transport;
+    HttpRequest request = requestTo(server.url(), "body");
+    for (const QByteArray method : {"POST", "GET", "DELETE", "POST", "HEAD", "GET", "POST"}) {
+        server.expect(method + " / HTTP/1.1\r\n", ScriptedAnswer::reply(method == "HEAD" ? "" : "answer"));
+        request.method = method;
+        const HttpReply reply = transport.send(request);
+        QVERIFY2(!reply.error, method);
+        QCOMPARE(reply.body, QByteArray(method == "HEAD" ? "" : "answer"));
+        QCOMPARE(server.bodies().last(), QByteArray(method == "POST" ? "body" : ""));
+    }
+    QCOMPARE(server.connections(), 1);
+    for (const QByteArray noMethod : {"", "GET /other", "GET\r\nX:", "G3T"}) {
+        request.method = noMethod;
+        QCOMPARE(transport.send(request).error.code(), code(TransportError::BadURL));
+    }
     QCOMPARE(server.complaint(), QString());
 }
 

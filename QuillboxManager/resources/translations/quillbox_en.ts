@@ -371,6 +371,10 @@
         <translation>Clear all cached files when I sign out or quit</translation>
     </message>
     <message>
+        <source>版权所有</source>
+        <translation>© 2026 Velto. All rights reserved.</translation>
+    </message>
+    <message>
         <source>现在安装</source>
         <translation>Install Now</translation>
     </message>
@@ -425,6 +429,10 @@
     <message>
         <source>统一的文档云</source>
         <translation>One cloud for all your documents</translation>
+    </message>
+    <message>
+        <source>网站备案信息</source>
+        <translation>Site registration</translation>
     </message>
     <message>
         <source>警告</source>
@@ -946,6 +954,38 @@
         <source>TransportTooManyRedirects</source>
         <translation>The server redirected too many times. Check the address and the port.</translation>
     </message>
+    <message>
+        <source>UpdateCannotStore</source>
+        <translation>The update could not be stored in your Downloads folder. Check the folder's permissions.</translation>
+    </message>
+    <message>
+        <source>UpdateHttpStatus</source>
+        <translation>The server did not hand out the update (status %@). Try again later or contact your administrator.</translation>
+    </message>
+    <message>
+        <source>UpdateIncomplete</source>
+        <translation>The update did not arrive completely and was not installed. Try again later.</translation>
+    </message>
+    <message>
+        <source>UpdateNameRefused</source>
+        <translation>The update cannot be stored under its name “%@”. Contact your administrator.</translation>
+    </message>
+    <message>
+        <source>UpdateNoInstaller</source>
+        <translation>The installer could not be started. Install %@ by hand.</translation>
+    </message>
+    <message>
+        <source>UpdateNoSpace</source>
+        <translation>There is not enough disk space for the update. Free some and try again.</translation>
+    </message>
+    <message>
+        <source>UpdateNotAnImage</source>
+        <translation>What the server sent is not an update. Check whether your network asks you to sign in, or contact your administrator.</translation>
+    </message>
+    <message>
+        <source>UpdateTargetTaken</source>
+        <translation>“%@” in your Downloads folder cannot be replaced. Move it away and try again.</translation>
+    </message>
 </context>
 <context>
     <name>QBAlertClearCacheRemind</name>
@@ -1015,6 +1055,10 @@
     <message>
         <source>无法执行重命名操作，文件 “&lt;%@&gt;” 已被 &lt;%@&gt; 锁定</source>
         <translation>Cannot rename: the file “&lt;%@&gt;” is locked by &lt;%@&gt;.</translation>
+    </message>
+    <message>
+        <source>未找到链接指向的文档</source>
+        <translation>The document was not found. Check the link, and whether you may open this document.</translation>
     </message>
     <message>
         <source>立即认证</source>

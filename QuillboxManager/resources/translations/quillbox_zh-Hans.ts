@@ -120,7 +120,7 @@
     </message>
     <message>
         <source>发布时间</source>
-        <translation>发布时间</translation>
+        <translation>发布时间：</translation>
     </message>
     <message>
         <source>取消</source>
@@ -180,7 +180,7 @@
     </message>
     <message>
         <source>当前版本</source>
-        <translation>当前版本</translation>
+        <translation>当前版本：</translation>
     </message>
     <message>
         <source>您不能在此位置上传文档</source>
@@ -371,6 +371,10 @@
         <translation>注销或退出时，自动清除所有缓存</translation>
     </message>
     <message>
+        <source>版权所有</source>
+        <translation>版权所有 © 2026 Velto</translation>
+    </message>
+    <message>
         <source>现在安装</source>
         <translation>现在安装</translation>
     </message>
@@ -425,6 +429,10 @@
     <message>
         <source>统一的文档云</source>
         <translation>统一的文档云</translation>
+    </message>
+    <message>
+        <source>网站备案信息</source>
+        <translation>网站备案信息</translation>
     </message>
     <message>
         <source>警告</source>
@@ -946,6 +954,38 @@
         <source>TransportTooManyRedirects</source>
         <translation>服务器重定向次数过多，请检查地址和端口。</translation>
     </message>
+    <message>
+        <source>UpdateCannotStore</source>
+        <translation>更新文件无法保存到“下载”文件夹。请检查该文件夹的权限。</translation>
+    </message>
+    <message>
+        <source>UpdateHttpStatus</source>
+        <translation>服务器没有提供更新文件（状态 %@）。请稍后重试或联系管理员。</translation>
+    </message>
+    <message>
+        <source>UpdateIncomplete</source>
+        <translation>更新文件不完整，未安装。请稍后重试。</translation>
+    </message>
+    <message>
+        <source>UpdateNameRefused</source>
+        <translation>更新文件的名称“%@”无法使用。请联系管理员。</translation>
+    </message>
+    <message>
+        <source>UpdateNoInstaller</source>
+        <translation>安装程序无法启动。请手动安装 %@。</translation>
+    </message>
+    <message>
+        <source>UpdateNoSpace</source>
+        <translation>磁盘空间不足，无法下载更新。请清理后重试。</translation>
+    </message>
+    <message>
+        <source>UpdateNotAnImage</source>
+        <translation>服务器发来的不是更新文件。请检查网络是否需要登录，或联系管理员。</translation>
+    </message>
+    <message>
+        <source>UpdateTargetTaken</source>
+        <translation>“下载”文件夹中的“%@”无法替换。请将其移走后重试。</translation>
+    </message>
 </context>
 <context>
     <name>QBAlertClearCacheRemind</name>
@@ -1015,6 +1055,10 @@
     <message>
         <source>无法执行重命名操作，文件 “&lt;%@&gt;” 已被 &lt;%@&gt; 锁定</source>
         <translation>无法执行重命名操作，文件 “&lt;%@&gt;” 已被 &lt;%@&gt; 锁定</translation>
+    </message>
+    <message>
+        <source>未找到链接指向的文档</source>
+        <translation>未找到链接指向的文档。请确认链接是否正确，以及您是否有访问权限。</translation>
     </message>
     <message>
         <source>立即认证</source>

@@ -120,7 +120,7 @@
     </message>
     <message>
         <source>发布时间</source>
-        <translation>發佈時間</translation>
+        <translation>發佈時間：</translation>
     </message>
     <message>
         <source>取消</source>
@@ -180,7 +180,7 @@
     </message>
     <message>
         <source>当前版本</source>
-        <translation>目前版本</translation>
+        <translation>目前版本：</translation>
     </message>
     <message>
         <source>您不能在此位置上传文档</source>
@@ -371,6 +371,10 @@
         <translation>登出或結束時，自動清除所有快取</translation>
     </message>
     <message>
+        <source>版权所有</source>
+        <translation>版權所有 © 2026 Velto</translation>
+    </message>
+    <message>
         <source>现在安装</source>
         <translation>現在安裝</translation>
     </message>
@@ -425,6 +429,10 @@
     <message>
         <source>统一的文档云</source>
         <translation>統一的文件雲</translation>
+    </message>
+    <message>
+        <source>网站备案信息</source>
+        <translation>網站備案資訊</translation>
     </message>
     <message>
         <source>警告</source>
@@ -946,6 +954,38 @@
         <source>TransportTooManyRedirects</source>
         <translation>伺服器重新導向次數過多，請檢查位址和連接埠。</translation>
     </message>
+    <message>
+        <source>UpdateCannotStore</source>
+        <translation>更新檔案無法儲存到「下載」檔案夾。請檢查該檔案夾的權限。</translation>
+    </message>
+    <message>
+        <source>UpdateHttpStatus</source>
+        <translation>伺服器沒有提供更新檔案（狀態 %@）。請稍後重試或聯絡管理員。</translation>
+    </message>
+    <message>
+        <source>UpdateIncomplete</source>
+        <translation>更新檔案不完整，未安裝。請稍後重試。</translation>
+    </message>
+    <message>
+        <source>UpdateNameRefused</source>
+        <translation>更新檔案的名稱「%@」無法使用。請聯絡管理員。</translation>
+    </message>
+    <message>
+        <source>UpdateNoInstaller</source>
+        <translation>安裝程式無法啟動。請手動安裝 %@。</translation>
+    </message>
+    <message>
+        <source>UpdateNoSpace</source>
+        <translation>磁碟空間不足，無法下載更新。請清理後重試。</translation>
+    </message>
+    <message>
+        <source>UpdateNotAnImage</source>
+        <translation>伺服器傳來的不是更新檔案。請檢查網路是否需要登入，或聯絡管理員。</translation>
+    </message>
+    <message>
+        <source>UpdateTargetTaken</source>
+        <translation>「下載」檔案夾中的「%@」無法取代。請將其移走後重試。</translation>
+    </message>
 </context>
 <context>
     <name>QBAlertClearCacheRemind</name>
@@ -1015,6 +1055,10 @@
     <message>
         <source>无法执行重命名操作，文件 “&lt;%@&gt;” 已被 &lt;%@&gt; 锁定</source>
         <translation>無法執行重新命名操作，檔案 “&lt;%@&gt;” 已被 &lt;%@&gt; 鎖定</translation>
+    </message>
+    <message>
+        <source>未找到链接指向的文档</source>
+        <translation>找不到連結指向的文件。請確認連結是否正確，以及您是否有存取權限。</translation>
     </message>
     <message>
         <source>立即认证</source>

@@ -21,6 +21,11 @@ struct TaskResult {
 TaskResult runTask(const QString &program, const QStringList &arguments,
                    std::chrono::milliseconds timeout = std::chrono::minutes(2));
 
+/// Starts a program that goes on whatever becomes of this process: in a session of its own, with "/" as its working
+/// folder and the null device as its three standard streams, the only descriptors it gets. It inherits the environment.
+/// False when it cannot be started.
+bool launchDetached(const QString &program, const QStringList &arguments);
+
 /// A child process that runs beside this one. Its state may be asked from any thread at any time without an event loop;
 /// the end of the child is noticed at once and the child is reaped. Destroying the object leaves the child running.
 class Task

@@ -17,12 +17,17 @@ namespace
 class FileActions
 {
 public:
-    explicit FileActions(int standardOutput)
+    explicit FileActions(const SpawnOptions &options)
     {
         posix_spawn_file_actions_init(&actions);
         posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-        if (standardOutput >= 0)
-            posix_spawn_file_actions_adddup2(&actions, standardOutput, STDOUT_FILENO);
+        if (options.standardOutput >= 0)
+            posix_spawn_file_actions_adddup2(&actions, options.standardOutput, STDOUT_FILENO);
+        if (options.detached) {
+            posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+            posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+            posix_spawn_file_actions_addchdir_np(&actions, "/");
+        }
         posix_spawn_file_actions_addclosefrom_np(&actions, STDERR_FILENO + 1);
     }
     ~FileActions() { posix_spawn_file_actions_destroy(&actions); }
@@ -35,7 +40,7 @@ public:
 class Attributes
 {
 public:
-    explicit Attributes(bool ownGroup)
+    explicit Attributes(const SpawnOptions &options)
     {
         posix_spawnattr_init(&attributes);
         sigset_t none;
@@ -45,9 +50,10 @@ public:
         posix_spawnattr_setsigmask(&attributes, &none);
         posix_spawnattr_setsigdefault(&attributes, &all);
         posix_spawnattr_setpgroup(&attributes, 0);
-        const int group = ownGroup ? POSIX_SPAWN_SETPGROUP : 0;
+        const int group = options.ownGroup ? POSIX_SPAWN_SETPGROUP : 0;
+        const int session = options.detached ? POSIX_SPAWN_SETSID : 0;
         posix_spawnattr_setflags(&attributes,
-                                 static_cast<short>(POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | group));
+                                 static_cast<short>(POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | group | session));
     }
     ~Attributes() { posix_spawnattr_destroy(&attributes); }
     Attributes(const Attributes &) = delete;
@@ -80,8 +86,8 @@ pid_t spawn(const QString &program, const QStringList &arguments, const SpawnOpt
     for (QByteArray &word : words)
         pointers.push_back(word.data());
     pointers.push_back(nullptr);
-    const FileActions actions(options.standardOutput);
-    const Attributes attributes(options.ownGroup);
+    const FileActions actions(options);
+    const Attributes attributes(options);
     pid_t child = -1;
     const int failure =
         posix_spawnp(&child, pointers.front(), &actions.actions, &attributes.attributes, pointers.data(), environ);

@@ -11,6 +11,7 @@ namespace platform
 struct SpawnOptions {
     int standardOutput = -1; ///< descriptor the child writes to, -1: the same place as this process
     bool ownGroup = false;   ///< the child leads a process group of its own
+    bool detached = false;   ///< a session of its own, working folder "/", no output at all
 };
 
 /// Starts a program with an empty standard input, default signal handling and no descriptor but the standard three.

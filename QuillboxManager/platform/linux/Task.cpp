@@ -62,16 +62,28 @@ private:
     const std::shared_ptr<ChildState> state;
 };
 
+/// Null when the program cannot be started.
+std::shared_ptr<ChildState> start(const QString &program, const QStringList &arguments, const SpawnOptions &options)
+{
+    const auto state = std::make_shared<ChildState>();
+    state->pid = spawn(program, arguments, options);
+    if (state->pid < 0)
+        return nullptr;
+    std::thread(waitForEnd, state).detach();
+    return state;
+}
+
 } // namespace
 
 std::unique_ptr<Task> Task::launch(const QString &program, const QStringList &arguments)
 {
-    const auto state = std::make_shared<ChildState>();
-    state->pid = spawn(program, arguments, {});
-    if (state->pid < 0)
-        return nullptr;
-    std::thread(waitForEnd, state).detach();
-    return std::make_unique<ChildTask>(state);
+    const std::shared_ptr<ChildState> state = start(program, arguments, {});
+    return state ? std::make_unique<ChildTask>(state) : nullptr;
+}
+
+bool launchDetached(const QString &program, const QStringList &arguments)
+{
+    return start(program, arguments, {.detached = true}) != nullptr;
 }
 
 } // namespace platform

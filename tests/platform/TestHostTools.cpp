@@ -13,6 +13,7 @@
 #include <unistd.h>
 
 using namespace platform;
+using namespace Qt::StringLiterals;
 
 namespace
 {
@@ -66,6 +67,8 @@ private Q_SLOTS:
     void cleanup();
     void attachesListsAndDetaches_data();
     void attachesListsAndDetaches();
+    void namesVolumesAfterTheImage_data();
+    void namesVolumesAfterTheImage();
     void forcedDetachTearsNothingLivingAway();
     void refusesWhatIsNoImage_data();
     void refusesWhatIsNoImage();
@@ -76,7 +79,7 @@ private Q_SLOTS:
     void checksTheDriver();
 
 private:
-    QString makeImage(const QString &name);
+    QString makeImage(const QString &name, const QByteArray &volumeName = {});
     QString attach(const QString &image);
 
     std::unique_ptr<QTemporaryDir> folder;
@@ -98,10 +101,12 @@ void TestHostTools::cleanup()
     folder.reset();
 }
 
-QString TestHostTools::makeImage(const QString &name)
+QString TestHostTools::makeImage(const QString &name, const QByteArray &volumeName)
 {
     const QString content = folder->filePath(QStringLiteral("content"));
     write(content + QStringLiteral("/Quillbox.app/file"), "inside");
+    if (!volumeName.isEmpty())
+        write(content + QStringLiteral("/.VolumeName"), volumeName);
     const QString image = folder->filePath(QStringLiteral("images/")) + name;
     QDir().mkpath(QFileInfo(image).path());
     const TaskResult made = runTask(QStringLiteral("mksquashfs"), {content, image, QStringLiteral("-quiet")});
@@ -132,6 +137,7 @@ void TestHostTools::attachesListsAndDetaches_data()
     row("$(touch x);'\"\\040*?.dmg", "$(touch x);'\"\\040*?", "$(touch x);'\"\\040*? 1");
     row("中\n文\t-.dmg", "中_文_-", "中_文_- 1");
     row("-force", "-force", "-force 1");
+    row("a,user_id=1\\,b\\", "a,user_id=1\\,b\\", "a,user_id=1\\,b\\ 1");
     row(".dmg", ".dmg", ".dmg 1");
 }
 
@@ -155,12 +161,39 @@ void TestHostTools::attachesListsAndDetaches()
     QCOMPARE(contentOf(one + QStringLiteral("/Quillbox.app/file")), QByteArray("inside"));
     QVERIFY(mounted().contains(one) && mounted().contains(two));
     const TaskResult listed = diskImages({QStringLiteral("info")});
-    QCOMPARE(QString::fromUtf8(listed.output), QStringLiteral("squashfs\t%1\nsquashfs\t%2\n").arg(one, two));
+    const QString source = image.contains(u'\n') ? QString() : u"image-path      : "_s + image + u'\n';
+    QCOMPARE(QString::fromUtf8(listed.output),
+             source + u"squashfs\t"_s + one + u'\n' + source + u"squashfs\t"_s + two + u'\n');
     QCOMPARE(diskImages({QStringLiteral("detach"), one}).status, 0);
     QCOMPARE(diskImages({QStringLiteral("detach"), QStringLiteral("-force"), two + u'/'}).status, 0);
     QVERIFY(diskImages({QStringLiteral("info")}).output.isEmpty());
     QVERIFY(QDir(volumes).isEmpty());
     QCOMPARE(diskImages({QStringLiteral("detach"), one}).status, 1);
+}
+
+void TestHostTools::namesVolumesAfterTheImage_data()
+{
+    QTest::addColumn<QByteArray>("label");
+    QTest::addColumn<QString>("name");
+    QTest::newRow("own name") << QByteArray("Quillbox 1.2 (beta)") << u"Quillbox 1.2 (beta)"_s;
+    QTest::newRow("name of the cloud volume") << QByteArray("Quillbox") << u"Quillbox 1"_s;
+    QTest::newRow("leads outside") << QByteArray("../x") << u"file"_s;
+    QTest::newRow("two lines") << QByteArray("a\nsquashfs\t/") << u"file"_s;
+    QTest::newRow("zero") << QByteArray("a\0b", 3) << u"file"_s;
+    QTest::newRow("longest") << QByteArray(64, 'a') << QString(64, u'a');
+    QTest::newRow("too long") << QByteArray(65, 'a') << u"file"_s;
+}
+
+void TestHostTools::namesVolumesAfterTheImage()
+{
+    QFETCH(QByteArray, label);
+    const QString image = makeImage(u"file.dmg"_s, label);
+    QFETCH(QString, name);
+    if (!fileSystemsInUserSpaceWork()) {
+        QCOMPARE(diskImages({u"attach"_s, image}).status, 1);
+        return;
+    }
+    QCOMPARE(attach(image), volumes + u'/' + name);
 }
 
 void TestHostTools::forcedDetachTearsNothingLivingAway()

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QString>
+
+namespace install
+{
+
+/// Identifier of the product's bundle.
+QString productIdentifier();
+
+/// Why the folder is not a bundle of the product; null when its Info.plist carries the product's identifier and names
+/// an executable that is a plain, executable file. Any thread; touches the disk.
+QString problemWithProduct(const QString &bundle);
+
+/// Why `candidate` may not take the place of `installed`: not the product, an older version or without its list of code
+/// resources. Null when it may.
+QString problemWithCandidate(const QString &candidate, const QString &installed);
+
+} // namespace install

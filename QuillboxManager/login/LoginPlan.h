@@ -9,6 +9,8 @@
 /// What the server's login configuration means for the login window. A value; any thread.
 struct LoginPlan {
     enum class Face { Normal, ThirdLogin };
+    /// What the code box of the normal face is for.
+    enum class CodeField { None, Picture, OneTimePassword };
 
     static LoginPlan of(const QJsonObject &dicAuthInfo);
     /// A remembered single-sign-on configuration ("ThirdPartyDic") leaves the user no password face to come back to.
@@ -39,6 +41,12 @@ struct LoginPlan {
     };
     std::optional<CodeWays> codeWays;
 
+    /// Such a code, asked for earlier, is of use with this configuration as well.
+    bool takesCode(CodeField field) const
+    {
+        return (field == CodeField::Picture && pictureCodeEnabled) ||
+               (field == CodeField::OneTimePassword && oneTimePassword);
+    }
     bool autoLoginHidden() const { return pictureCodeEnabled || oneTimePassword || codeBySMS; }
     /// Unattended sign-in cannot work with this server.
     bool quitAutoLogin() const { return autoLoginHidden(); }

@@ -41,11 +41,11 @@ LoginVerifyWindowController::LoginVerifyWindowController(QBNetworking &client, p
                                                          platform::NotificationCenter &notifications,
                                                          const Branding &brand, std::chrono::milliseconds second,
                                                          QObject *parent)
-    : QBWindowController(parent), networking(client), defaults(settings), center(notifications), branding(brand)
+    : QBWindowController(parent), networking(client), defaults(settings), center(notifications), branding(brand),
+      timer(second)
 {
-    timer.setInterval(second);
-    timer.setTimerType(Qt::PreciseTimer);
-    connect(&timer, &QTimer::timeout, this, [this] { tick(); });
+    connect(&timer, &Countdown::remains, this, &LoginVerifyWindowController::showRemaining);
+    connect(&timer, &Countdown::over, this, &LoginVerifyWindowController::allowResend);
 }
 
 LoginVerifyWindowController::~LoginVerifyWindowController()
@@ -114,7 +114,7 @@ void LoginVerifyWindowController::initialUI()
     showDestination();
     const qint64 interval = defaults.integer(PersistentKeys::loginverifytimer());
     setTime(interval == 0 ? DefaultInterval : interval);
-    if (!timer.isActive())
+    if (!timer.isRunning())
         form->getVCodeButton->setEnabled(true); // nothing counts down that would allow it later
     if (defaults.boolean(PersistentKeys::isduplicatesended()))
         showMessage(ownText(QStringLiteral("再次发送验证码的间隔时间必须大于60s")), false);
@@ -147,23 +147,20 @@ bool LoginVerifyWindowController::eventFilter(QObject *watched, QEvent *event)
 
 void LoginVerifyWindowController::setTime(qint64 seconds)
 {
-    if (seconds <= 0)
-        return;
-    remaining = seconds;
-    timer.start();
-    tick();
+    window();
+    timer.start(seconds);
 }
 
-void LoginVerifyWindowController::tick()
+void LoginVerifyWindowController::showRemaining(qint64 seconds)
 {
-    // 0 is shown for a whole second too: the button works one tick later.
-    const bool over = remaining < 0;
-    if (over)
-        timer.stop();
-    form->getVCodeButton->setText(over ? ownText(QStringLiteral("sendvcode"))
-                                       : ownText(QStringLiteral("sendvcodeagain")) + QString::number(remaining));
-    form->getVCodeButton->setEnabled(over);
-    --remaining;
+    form->getVCodeButton->setText(ownText(QStringLiteral("sendvcodeagain")) + QString::number(seconds));
+    form->getVCodeButton->setEnabled(false);
+}
+
+void LoginVerifyWindowController::allowResend()
+{
+    form->getVCodeButton->setText(ownText(QStringLiteral("sendvcode")));
+    form->getVCodeButton->setEnabled(true);
 }
 
 // Another code.
@@ -177,7 +174,7 @@ void LoginVerifyWindowController::getVcode()
     const int number = opening;
     LoginCalls::requestCode(networking, this, attempt.account, attempt.password, attempt.oldtelnum, attempt.authbysms,
                             attempt.authbyemail, [this, number](const LoginAnswer &answer) {
-                                form->getVCodeButton->setEnabled(!timer.isActive());
+                                form->getVCodeButton->setEnabled(!timer.isRunning());
                                 if (number == opening)
                                     handleResent(answer);
                             });
@@ -204,7 +201,7 @@ void LoginVerifyWindowController::handleResent(const LoginAnswer &answer)
     SecondFactorHandOver::storeDestination(defaults, *answer.reply);
     showDestination();
     setTime(defaults.integer(PersistentKeys::loginverifytimer()));
-    form->getVCodeButton->setEnabled(!timer.isActive());
+    form->getVCodeButton->setEnabled(!timer.isRunning());
 }
 
 // Verification.

@@ -2,12 +2,11 @@
 
 #include "api/QBNetworking.h"
 #include "files/Branding.h"
+#include "login/Countdown.h"
 #include "login/LoginCalls.h"
 #include "platform/NotificationCenter.h"
 #include "platform/UserDefaults.h"
 #include "ui/QBWindowController.h"
-
-#include <QTimer>
 
 #include <chrono>
 #include <memory>
@@ -51,7 +50,8 @@ private:
     void setUpControls();
     void showDestination();
     void controlTextDidChange();
-    void tick();
+    void showRemaining(qint64 seconds);
+    void allowResend();
     void handleResent(const LoginAnswer &answer);
     void handleVerified(const LoginAnswer &answer);
     void restoreVerifyButton();
@@ -66,8 +66,7 @@ private:
     const Branding branding;
     std::unique_ptr<Ui::LoginVerifyWindowController> form;
     QBSpinner *indicator = nullptr;
-    QTimer timer; ///< one tick a second while counting down
-    qint64 remaining = 0;
+    Countdown timer;
     bool verifying = false;
     int opening = 0; ///< changes with every end of the window; answers to calls from before are dropped
     std::unique_ptr<QBChangePasswordController> changePasswordController;

@@ -3,10 +3,10 @@
 #include "login/ChangePasswordAlert.h"
 #include "login/FocusHandOver.h"
 #include "login/LoginAlerts.h"
+#include "login/LoginBoxColours.h"
 #include "login/LoginErrorText.h"
 #include "login/LoginOutcome.h"
 #include "login/LoginWindowView.h"
-#include "login/MessageLine.h"
 #include "login/QBChangePasswordController.h"
 #include "login/RememberedAccount.h"
 #include "login/ReturnKeyFilter.h"
@@ -31,7 +31,7 @@ LoginWindowController::LoginWindowController(QBNetworking &client, platform::Use
                                              platform::NotificationCenter &notifications, ThirdLoginOpener &opener,
                                              const Branding &brand, QObject *parent)
     : QBWindowController(parent), networking(client), defaults(settings), center(notifications), thirdLogin(opener),
-      branding(brand), attempt(client, settings), pictureCodes(client)
+      branding(brand), attempt(client, settings), faces(client, settings, attempt), pictureCodes(client)
 {
 }
 
@@ -57,7 +57,24 @@ void LoginWindowController::windowDidLoad()
     awakeFromNib();
     connectControls();
     connectAttempt();
+    connectFaces();
     initialUI();
+}
+
+void LoginWindowController::initialUI()
+{
+    window();
+    faces.initialUI();
+}
+
+void LoginWindowController::changeLoginThirdModeUI()
+{
+    faces.changeLoginThirdModeUI();
+}
+
+void LoginWindowController::changeLoginNormalModeUI()
+{
+    faces.changeLoginNormalModeUI();
 }
 
 void LoginWindowController::showLoginWindowAutoLoginIfNeeded(bool autoLogin)
@@ -65,7 +82,7 @@ void LoginWindowController::showLoginWindowAutoLoginIfNeeded(bool autoLogin)
     platform::dispatchMain(this, [this, autoLogin] {
         showWindow();
         Application::activate(window());
-        needAutoLogin = autoLogin;
+        faces.setNeedAutoLogin(autoLogin);
         initialUI();
     });
 }
@@ -105,46 +122,7 @@ void LoginWindowController::connectControls()
 
 void LoginWindowController::awakeFromNib()
 {
-    using Handler = void (LoginWindowController::*)(int);
-    const auto observe = [this](const QString &name, Handler handler) {
-        center.addObserver(this, name, [this, handler](const platform::Notification &notification) {
-            (this->*handler)(notification.userInfo.value(QStringLiteral("tag")).toInt());
-        });
-    };
-    observe(NotificationNames::userActive(), &LoginWindowController::changeUserBoxActive);
-    observe(NotificationNames::userDeactive(), &LoginWindowController::changeUserBoxDeactive);
-    observe(NotificationNames::passwordsActive(), &LoginWindowController::changePasswordsBoxActive);
-    observe(NotificationNames::passwordsDeactive(), &LoginWindowController::changePasswordsBoxDeactive);
-}
-
-void LoginWindowController::changeUserBoxActive(int tag)
-{
-    colourBox(tag, true);
-}
-
-void LoginWindowController::changeUserBoxDeactive(int tag)
-{
-    colourBox(tag, false);
-}
-
-void LoginWindowController::changePasswordsBoxActive(int tag)
-{
-    colourBox(tag, true);
-}
-
-void LoginWindowController::changePasswordsBoxDeactive(int tag)
-{
-    colourBox(tag, false);
-}
-
-void LoginWindowController::colourBox(int tag, bool active)
-{
-    if (tag == 111)
-        view->setBoxActive(LoginWindowView::Box::User, active);
-    else if (tag == 113)
-        view->setBoxActive(LoginWindowView::Box::Passwords, active);
-    else if (tag == 112 || tag == 114)
-        view->setBoxActive(LoginWindowView::Box::Vcode, active);
+    new LoginBoxColours(*view, center, this);
 }
 
 // Actions that leave the window.
@@ -156,12 +134,12 @@ void LoginWindowController::serverSettingBtn()
 
 void LoginWindowController::thirdLoginBtn()
 {
-    const QString url = thirdLoginURL(plan.authServer);
+    const QString url = thirdLoginURL(faces.plan().authServer);
     if (url.isNull()) {
         showMessage(ownText("ThirdLogin.badAddress"));
         return;
     }
-    if (thirdLogin.open(url, plan.authID))
+    if (thirdLogin.open(url, faces.plan().authID))
         close();
 }
 
@@ -183,13 +161,14 @@ void LoginWindowController::forgetMyPWD()
 
 void LoginWindowController::hideMessage()
 {
-    MessageLine::clear(form().txtErrorMessage);
+    window();
+    view->hideMessage();
 }
 
 void LoginWindowController::showMessage(const QString &message)
 {
-    MessageLine::show(form().txtErrorMessage, message, MessageLine::Kind::Error);
     window()->raise();
+    view->showMessage(message);
     WindowShake::shake(window());
 }
 
@@ -267,11 +246,11 @@ LoginRequest LoginWindowController::typedRequest()
     const Ui::LoginWindowController &controls = form();
     LoginRequest request{controls.txtUserName->text(), controls.txtPassword->text(), {}, {}};
     const QString vcode = controls.txtVcode->text();
-    if (!vcode.isEmpty() && plan.pictureCodeEnabled)
+    if (!vcode.isEmpty() && faces.plan().pictureCodeEnabled)
         request.vcodeInfo = QJsonObject{
             {QStringLiteral("ismodify"), false}, {QStringLiteral("vcode"), vcode}, {QStringLiteral("uuid"), uuid()}};
     const QString oneTimePassword = controls.txtOTPCode->text();
-    if (!oneTimePassword.isEmpty() && plan.oneTimePassword) {
+    if (!oneTimePassword.isEmpty() && faces.plan().oneTimePassword) {
         const QJsonObject code{{QStringLiteral("OTP"), oneTimePassword}};
         request.dualfactorauthinfo = QJsonObject{{QStringLiteral("OTP"), code}};
     }
@@ -290,7 +269,8 @@ void LoginWindowController::loginBtn()
 
 void LoginWindowController::connectAttempt()
 {
-    connect(&attempt, &LoginAttempt::denied, this, [this] { needAutoLogin = false; }); // never repeated by itself
+    connect(&attempt, &LoginAttempt::denied, this,
+            [this] { faces.setNeedAutoLogin(false); }); // never repeated by itself
     connect(&attempt, &LoginAttempt::ended, this, [this] {
         view->setSubmitting(false);
         refreshComfirmButton();
@@ -303,6 +283,15 @@ void LoginWindowController::connectAttempt()
     connect(&pictureCodes, &PictureCodeSource::arrived, this,
             [this](const QImage &picture) { view->showPicture(picture); });
     connect(&pictureCodes, &PictureCodeSource::unreachable, this, [this] { LoginAlerts::showNetBreak(window()); });
+}
+
+void LoginWindowController::connectFaces()
+{
+    faces.attach(view);
+    connect(&faces, &LoginFaces::pictureCodeWanted, this, &LoginWindowController::setVcodeUI);
+    connect(&faces, &LoginFaces::signInWanted, this, &LoginWindowController::loginBtn);
+    connect(&faces, &LoginFaces::redirectWanted, this, &LoginWindowController::thirdLoginBtn);
+    connect(&faces, &LoginFaces::laidOut, this, &LoginWindowController::refreshComfirmButton);
 }
 
 void LoginWindowController::handleSuccess()
@@ -338,7 +327,7 @@ void LoginWindowController::handleLoginVerifyErrorMessage(const QBError &error)
 
 void LoginWindowController::setVcodeUI()
 {
-    view->setVcodeBox(LoginWindowView::CodeField::Picture);
+    view->setVcodeBox(LoginPlan::CodeField::Picture);
     form().txtVcode->setFocus(Qt::OtherFocusReason);
     form().txtVcode->selectAll(); // a code for an earlier picture is typed over
     refreshComfirmButton();

@@ -2,7 +2,7 @@
 
 #include "files/Branding.h"
 #include "login/LoginAttempt.h"
-#include "login/LoginPlan.h"
+#include "login/LoginFaces.h"
 #include "login/PictureCodeSource.h"
 #include "login/ThirdLoginOpener.h"
 #include "platform/NotificationCenter.h"
@@ -68,17 +68,6 @@ private:
     void connectControls();
     Ui::LoginWindowController &form();
 
-    // Configuration.
-    void initialLogoUI();
-    void fetchConfiguration();
-    void showConfiguration(const ServerReply &reply);
-    void showMissingConfiguration();
-    void showNormalFace();
-    void showThirdFace();
-    void initialLoginNormalUI();
-    void applySecondFactorRules();
-    void applyPictureCodeRule();
-    void performUserDefaults();
     void saveUserDefaults();
 
     // One attempt.
@@ -87,16 +76,11 @@ private:
     void refreshComfirmButton();
     LoginRequest typedRequest();
     void connectAttempt();
+    void connectFaces();
     void handleSuccess();
     void handleCodeSent();
     void handleLoginVerifyErrorMessage(const QBError &error);
     void setVcodeUI();
-
-    void changeUserBoxActive(int tag);
-    void changeUserBoxDeactive(int tag);
-    void changePasswordsBoxActive(int tag);
-    void changePasswordsBoxDeactive(int tag);
-    void colourBox(int tag, bool active);
 
     QBNetworking &networking;
     platform::UserDefaults &defaults;
@@ -105,13 +89,9 @@ private:
     const Branding branding;
 
     LoginWindowView *view = nullptr; ///< owned by the base class
-    ServerReply dicAuthInfo;         ///< absent: the server could not be reached
-    LoginPlan plan;                  ///< what dicAuthInfo means
-    bool needAutoLogin = false;
-    bool quitAutoLogin = false;
     bool askingReachability = false;
-    int configurationNumber = 0; ///< of the newest initialUI; older answers are dropped
     LoginAttempt attempt;
+    LoginFaces faces;
     PictureCodeSource pictureCodes;
     std::unique_ptr<QBChangePasswordController> changePasswordController;
 };

@@ -1,5 +1,6 @@
 #include "login/LoginWindowView.h"
 
+#include "login/MessageLine.h"
 #include "platform/Bundle.h"
 #include "platform/Localization.h"
 #include "ui/Images.h"
@@ -9,12 +10,14 @@
 #include "ui/StyleKit.h"
 #include "ui_LoginWindowController.h"
 
+#include <utility>
+
 using platform::localizedString;
 
 namespace
 {
 constexpr int CodeBoxHeight = StyleKit::ControlHeight + StyleKit::Grid;
-constexpr int RevealMilliseconds = 750;
+constexpr double RevealSeconds = 0.75;
 constexpr int IconSide = 20;
 constexpr int LogoHeight = 64;
 constexpr int LongestButtonTitle = 200; ///< characters; the button shows as many as fit
@@ -31,7 +34,9 @@ void showIcon(QLabel *label, const QString &name)
 } // namespace
 
 LoginWindowView::LoginWindowView(const Branding &brand)
-    : branding(brand), controls(std::make_unique<Ui::LoginWindowController>())
+    : branding(brand), controls(std::make_unique<Ui::LoginWindowController>()),
+      reveal(
+          AnimatedProperty::number(this, [this](double height) { controls->viewCode->setFixedHeight(qRound(height)); }))
 {
     controls->setupUi(this);
     setUpControls();
@@ -55,10 +60,9 @@ void LoginWindowView::setUpControls()
     controls->viewCode->hide();
     controls->btnRetry->hide();
     controls->thirdLoginButton->setFont(QBFont::SYboldSystemFontOfSize(QBFont::SystemFontSize));
-    reveal.setDuration(RevealMilliseconds);
-    reveal.setEasingCurve(QEasingCurve::OutCubic);
-    connect(&reveal, &QVariantAnimation::valueChanged, this,
-            [this](const QVariant &height) { controls->viewCode->setFixedHeight(height.toInt()); });
+    reveal.setDuration(RevealSeconds);
+    reveal.setEasing(QEasingCurve::OutCubic);
+    reveal.setTo(CodeBoxHeight);
 }
 
 void LoginWindowView::setUpTexts()
@@ -93,6 +97,16 @@ void LoginWindowView::setUpAccessibility()
     for (QLabel *icon :
          {controls->imageViewLogo, controls->imageViewUser, controls->imageViewPasswords, controls->vcodeIcon})
         icon->setFocusPolicy(Qt::NoFocus);
+}
+
+void LoginWindowView::showMessage(const QString &message)
+{
+    MessageLine::show(controls->txtErrorMessage, message, MessageLine::Kind::Error);
+}
+
+void LoginWindowView::hideMessage()
+{
+    MessageLine::clear(controls->txtErrorMessage);
 }
 
 void LoginWindowView::showLogo()
@@ -154,21 +168,18 @@ void LoginWindowView::focusFirstField(bool accountKnown)
     field->setFocus(Qt::OtherFocusReason);
 }
 
-void LoginWindowView::setVcodeBox(CodeField field)
+void LoginWindowView::setVcodeBox(LoginPlan::CodeField field)
 {
-    const bool picture = field == CodeField::Picture;
+    const bool picture = field == LoginPlan::CodeField::Picture;
     controls->txtVcode->setVisible(picture);
     controls->vcodeImage->setVisible(picture);
     controls->txtOTPCode->setVisible(!picture);
     showIcon(controls->vcodeIcon, picture ? QStringLiteral("Vcode") : QStringLiteral("DynamicPassword"));
     keepCodeFieldsOrder();
-    if (codeBoxShown)
+    if (std::exchange(shownCodeField, field) != LoginPlan::CodeField::None)
         return;
-    codeBoxShown = true;
     controls->viewCode->show();
-    reveal.stop();
-    reveal.setStartValue(controls->viewCode->height());
-    reveal.setEndValue(CodeBoxHeight);
+    reveal.setFrom(0);
     reveal.start();
 }
 
@@ -203,7 +214,7 @@ void LoginWindowView::setThirdLoginTitle(const QString &title)
 void LoginWindowView::hideVcodeBox()
 {
     reveal.stop();
-    codeBoxShown = false;
+    shownCodeField = LoginPlan::CodeField::None;
     controls->viewCode->setFixedHeight(0);
     controls->viewCode->hide();
     controls->txtVcode->clear();

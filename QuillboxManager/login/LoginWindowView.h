@@ -1,8 +1,9 @@
 #pragma once
 
 #include "files/Branding.h"
+#include "login/LoginPlan.h"
+#include "ui/animation/BasicAnimation.h"
 
-#include <QVariantAnimation>
 #include <QWidget>
 
 #include <memory>
@@ -20,7 +21,6 @@ class LoginWindowView final : public QWidget
     Q_OBJECT
 public:
     enum class Face { Waiting, Normal, ThirdLogin };
-    enum class CodeField { Picture, OneTimePassword };
 
     explicit LoginWindowView(const Branding &branding);
     ~LoginWindowView() override;
@@ -33,14 +33,19 @@ public:
     /// The spinner of the waiting face.
     void setWaiting(bool waiting);
 
+    void showMessage(const QString &message);
+    void hideMessage();
+
     void showLogo();
     void showFieldTexts();
     void focusFirstField(bool accountKnown);
 
     /// Reveals the code box, with an animated re-layout, for one of its two fields.
-    void setVcodeBox(CodeField field);
+    void setVcodeBox(LoginPlan::CodeField field);
     void hideVcodeBox();
-    bool isVcodeBoxVisible() const { return codeBoxShown; }
+    /// What the box is on show for, None while it is hidden.
+    LoginPlan::CodeField codeField() const { return shownCodeField; }
+    bool isVcodeBoxVisible() const { return shownCodeField != LoginPlan::CodeField::None; }
     /// Null: no picture to show, the button says how to get one.
     void showPicture(const QImage &picture);
 
@@ -66,7 +71,7 @@ private:
     std::unique_ptr<Ui::LoginWindowController> controls;
     QBSpinner *loginIndicator = nullptr; ///< over the login button, made on first use
     QBSpinner *waitingIndicator = nullptr;
-    QVariantAnimation reveal;
+    BasicAnimation reveal; ///< height of the code box
     Face shownFace = Face::Waiting;
-    bool codeBoxShown = false;
+    LoginPlan::CodeField shownCodeField = LoginPlan::CodeField::None;
 };

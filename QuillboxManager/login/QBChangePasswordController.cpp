@@ -155,9 +155,8 @@ void QBChangePasswordController::showPasswordRegulation()
 {
     const auto ask = [&client = networking] { return client.getServerConfig(); };
     platform::inBackground(this, ask, [this](const ServerReply &config) {
-        if (!config)
-            return;
-        const bool strong = JsonValues::boolean(*config, QStringLiteral("enable_strong_pwd"));
+        // A server that does not tell asks for nothing special.
+        const bool strong = config && JsonValues::boolean(*config, QStringLiteral("enable_strong_pwd"));
         MessageLine::show(passwordRegulation,
                           localizedString(strong ? QStringLiteral("强密码提示") : QStringLiteral("弱密码提示")),
                           MessageLine::Kind::Hint);

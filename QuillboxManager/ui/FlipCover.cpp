@@ -4,23 +4,23 @@
 #include <QTransform>
 
 FlipCover::FlipCover(const QPixmap &frontPicture, const QPixmap &backPicture, bool toTheRight, QWidget *window)
-    : QWidget(window), front(frontPicture), back(backPicture), right(toTheRight)
+    : QWidget(window), front(frontPicture), back(backPicture), right(toTheRight),
+      animation(AnimatedProperty::number(this, [this](double degrees) {
+          turned = degrees;
+          update();
+      }))
 {
     setAttribute(Qt::WA_TransparentForMouseEvents);
     setAttribute(Qt::WA_OpaquePaintEvent);
     setGeometry(window->rect());
-    animation.setDuration(DurationMilliseconds);
-    animation.setStartValue(0.0);
-    animation.setEndValue(180.0);
-    animation.setEasingCurve(QEasingCurve::InOutQuad);
-    connect(&animation, &QVariantAnimation::valueChanged, this, qOverload<>(&QWidget::update));
-    connect(&animation, &QVariantAnimation::finished, this, &QObject::deleteLater);
+    animation.setTo(180);
+    animation.setDuration(Duration);
+    connect(&animation, &Animation::finished, this, &QObject::deleteLater);
     animation.start();
 }
 
 void FlipCover::paintEvent(QPaintEvent *)
 {
-    const double turned = animation.currentValue().toDouble();
     const bool showsBack = turned > 90;
     const QPixmap &picture = showsBack ? back : front;
     const QSizeF size = picture.deviceIndependentSize();

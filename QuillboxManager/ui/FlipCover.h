@@ -1,7 +1,8 @@
 #pragma once
 
+#include "ui/animation/BasicAnimation.h"
+
 #include <QPixmap>
-#include <QVariantAnimation>
 #include <QWidget>
 
 /// The flip itself: a sheet over a window that shows one picture turning away and another one turning up, lets every
@@ -10,7 +11,7 @@ class FlipCover : public QWidget
 {
     Q_OBJECT
 public:
-    static constexpr int DurationMilliseconds = 350;
+    static constexpr double Duration = 0.35; ///< seconds
 
     FlipCover(const QPixmap &front, const QPixmap &back, bool right, QWidget *window);
 
@@ -21,5 +22,6 @@ private:
     const QPixmap front;
     const QPixmap back;
     const bool right;
-    QVariantAnimation animation;
+    double turned = 0; ///< degrees, 0…180
+    BasicAnimation animation;
 };

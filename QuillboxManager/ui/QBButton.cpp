@@ -6,23 +6,20 @@
 #include "ui/QBFont.h"
 #include "ui/StyleKit.h"
 
-#include <QFocusEvent>
-#include <QKeyEvent>
 #include <QPainter>
 
-QBButton::QBButton(QWidget *parent) : QPushButton(parent)
+QBButton::QBButton(QWidget *parent) : QBBaseButton(parent)
 {
     setUp();
 }
 
-QBButton::QBButton(const QString &title, QWidget *parent) : QPushButton(title, parent)
+QBButton::QBButton(const QString &title, QWidget *parent) : QBBaseButton(title, parent)
 {
     setUp();
 }
 
 void QBButton::setUp()
 {
-    setAttribute(Qt::WA_Hover);
     setFont(QBFont::SYsystemFontOfSize(14));
     setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Fixed);
     applyBranding(Branding());
@@ -69,13 +66,6 @@ QColor QBButton::currentColor() const
     return underMouse() ? mouseEnter : normal;
 }
 
-QSize QBButton::sizeHint() const
-{
-    const int padding = 3 * StyleKit::Grid;
-    const int width = fontMetrics().size(Qt::TextShowMnemonic, text()).width() + 2 * padding;
-    return {qMax(width, 96), StyleKit::ControlHeight};
-}
-
 void QBButton::paintEvent(QPaintEvent *)
 {
     // The title is white: on a colour that cannot be seen (malformed branding) it would be lost.
@@ -85,19 +75,7 @@ void QBButton::paintEvent(QPaintEvent *)
 
     QPainter painter(this);
     ControlPainting::drawBox(painter, rect(), color, StyleKit::secondaryTextColor(), visible ? 0 : 1);
-    if (hasFocus() && keyboardFocus)
+    if (showsFocus())
         ControlPainting::drawBox(painter, QRectF(rect()).adjusted(3, 3, -3, -3), Qt::transparent, ink, 1.5);
     ControlPainting::drawTitle(painter, *this, rect().adjusted(StyleKit::Grid, 0, -StyleKit::Grid, 0), ink);
-}
-
-void QBButton::keyPressEvent(QKeyEvent *event)
-{
-    if (!ControlPainting::pressedByReturn(*this, *event))
-        QPushButton::keyPressEvent(event);
-}
-
-void QBButton::focusInEvent(QFocusEvent *event)
-{
-    keyboardFocus = ControlPainting::showsFocus(event->reason(), keyboardFocus);
-    QPushButton::focusInEvent(event);
 }

@@ -1,13 +1,13 @@
 #pragma once
 
+#include "ui/QBBaseButton.h"
+
 #include <QColor>
-#include <QPushButton>
 
 class Branding;
 
-/// The primary push button: a filled box with a white title, one colour for each state. Return presses it as Space
-/// does.
-class QBButton : public QPushButton
+/// The primary push button: a filled box with a white title, one colour for each state.
+class QBButton : public QBBaseButton
 {
     Q_OBJECT
 public:
@@ -24,13 +24,11 @@ public:
     /// The colour of the state the button is in.
     QColor currentColor() const;
 
-    QSize sizeHint() const override;
+    QSize sizeHint() const override { return boxSizeHint(); }
     QSize minimumSizeHint() const override { return sizeHint(); }
 
 protected:
     void paintEvent(QPaintEvent *event) override;
-    void keyPressEvent(QKeyEvent *event) override;
-    void focusInEvent(QFocusEvent *event) override;
 
 private:
     void setUp();
@@ -39,5 +37,4 @@ private:
     QColor mouseEnter;
     QColor mouseDown;
     QColor disable;
-    bool keyboardFocus = false;
 };

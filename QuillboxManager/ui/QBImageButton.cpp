@@ -3,13 +3,10 @@
 #include "ui/ControlPainting.h"
 #include "ui/StyleKit.h"
 
-#include <QFocusEvent>
-#include <QKeyEvent>
 #include <QPainter>
 
-QBImageButton::QBImageButton(QWidget *parent) : QPushButton(parent)
+QBImageButton::QBImageButton(QWidget *parent) : QBBaseButton(parent)
 {
-    setAttribute(Qt::WA_Hover);
     setFlat(true);
     setCursor(Qt::PointingHandCursor);
 }
@@ -39,19 +36,7 @@ void QBImageButton::paintEvent(QPaintEvent *)
     painter.setOpacity(isEnabled() ? 1.0 : 0.5);
     if (!picture.isNull())
         painter.drawImage(imageRect(), picture);
-    const bool focus = hasFocus() && keyboardFocus;
+    const bool focus = showsFocus();
     if (focus || (underMouse() && isEnabled()))
         ControlPainting::drawBox(painter, rect(), Qt::transparent, StyleKit::textColor(), focus ? 2 : 1);
-}
-
-void QBImageButton::keyPressEvent(QKeyEvent *event)
-{
-    if (!ControlPainting::pressedByReturn(*this, *event))
-        QPushButton::keyPressEvent(event);
-}
-
-void QBImageButton::focusInEvent(QFocusEvent *event)
-{
-    keyboardFocus = ControlPainting::showsFocus(event->reason(), keyboardFocus);
-    QPushButton::focusInEvent(event);
 }

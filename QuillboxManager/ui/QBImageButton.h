@@ -1,11 +1,12 @@
 #pragma once
 
+#include "ui/QBBaseButton.h"
+
 #include <QIcon>
 #include <QPixmap>
-#include <QPushButton>
 
 /// A picture that can be pressed, such as the picture code. The picture keeps its proportions and is centred.
-class QBImageButton : public QPushButton
+class QBImageButton : public QBBaseButton
 {
     Q_OBJECT
 public:
@@ -19,12 +20,9 @@ public:
 
 protected:
     void paintEvent(QPaintEvent *event) override;
-    void keyPressEvent(QKeyEvent *event) override;
-    void focusInEvent(QFocusEvent *event) override;
 
 private:
     QRectF imageRect() const;
 
     QImage picture;
-    bool keyboardFocus = false;
 };

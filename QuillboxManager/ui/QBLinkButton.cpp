@@ -6,23 +6,20 @@
 #include "ui/QBFont.h"
 #include "ui/StyleKit.h"
 
-#include <QFocusEvent>
-#include <QKeyEvent>
 #include <QPainter>
 
-QBLinkButton::QBLinkButton(QWidget *parent) : QPushButton(parent)
+QBLinkButton::QBLinkButton(QWidget *parent) : QBBaseButton(parent)
 {
     setUp();
 }
 
-QBLinkButton::QBLinkButton(const QString &title, QWidget *parent) : QPushButton(title, parent)
+QBLinkButton::QBLinkButton(const QString &title, QWidget *parent) : QBBaseButton(title, parent)
 {
     setUp();
 }
 
 void QBLinkButton::setUp()
 {
-    setAttribute(Qt::WA_Hover);
     setFlat(true);
     setFont(QBFont::SYsystemFontOfSize(QBFont::SystemFontSize));
     setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Fixed);
@@ -61,7 +58,7 @@ void QBLinkButton::paintEvent(QPaintEvent *)
         ink = ink.darker(130);
 
     QPainter painter(this);
-    const bool focus = hasFocus() && keyboardFocus;
+    const bool focus = showsFocus();
     if (focus)
         ControlPainting::drawBox(painter, rect(), Qt::transparent, ink, 1.5);
     ControlPainting::drawTitle(painter, *this, rect(), ink);
@@ -72,16 +69,4 @@ void QBLinkButton::paintEvent(QPaintEvent *)
     painter.setPen(QPen(ink, 1));
     painter.drawLine(QPointF((width() - titleWidth) / 2.0, baseline + 0.5),
                      QPointF((width() + titleWidth) / 2.0, baseline + 0.5));
-}
-
-void QBLinkButton::keyPressEvent(QKeyEvent *event)
-{
-    if (!ControlPainting::pressedByReturn(*this, *event))
-        QPushButton::keyPressEvent(event);
-}
-
-void QBLinkButton::focusInEvent(QFocusEvent *event)
-{
-    keyboardFocus = ControlPainting::showsFocus(event->reason(), keyboardFocus);
-    QPushButton::focusInEvent(event);
 }

@@ -1,12 +1,13 @@
 #pragma once
 
+#include "ui/QBBaseButton.h"
+
 #include <QColor>
-#include <QPushButton>
 
 class Branding;
 
 /// A flat text in the accent colour that is pressed like a link; underlined under the pointer and with the focus.
-class QBLinkButton : public QPushButton
+class QBLinkButton : public QBBaseButton
 {
     Q_OBJECT
 public:
@@ -22,13 +23,10 @@ public:
 
 protected:
     void paintEvent(QPaintEvent *event) override;
-    void keyPressEvent(QKeyEvent *event) override;
-    void focusInEvent(QFocusEvent *event) override;
 
 private:
     void setUp();
     int padding() const; ///< room for the focus ring at both sides, in points
 
     QColor color;
-    bool keyboardFocus = false;
 };

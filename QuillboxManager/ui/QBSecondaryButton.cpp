@@ -7,23 +7,20 @@
 #include "ui/QBFont.h"
 #include "ui/StyleKit.h"
 
-#include <QFocusEvent>
-#include <QKeyEvent>
 #include <QPainter>
 
-QBSecondaryButton::QBSecondaryButton(QWidget *parent) : QPushButton(parent)
+QBSecondaryButton::QBSecondaryButton(QWidget *parent) : QBBaseButton(parent)
 {
     setUp();
 }
 
-QBSecondaryButton::QBSecondaryButton(const QString &title, QWidget *parent) : QPushButton(title, parent)
+QBSecondaryButton::QBSecondaryButton(const QString &title, QWidget *parent) : QBBaseButton(title, parent)
 {
     setUp();
 }
 
 void QBSecondaryButton::setUp()
 {
-    setAttribute(Qt::WA_Hover);
     setFont(QBFont::SYsystemFontOfSize(14));
     setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Fixed);
     applyBranding(Branding());
@@ -34,13 +31,6 @@ void QBSecondaryButton::applyBranding(const Branding &branding)
     accent = QBColor::qbColorWithHexString(branding.themeColor());
     pressed = QBColor::qbColorWithHexString(branding.pushColor());
     update();
-}
-
-QSize QBSecondaryButton::sizeHint() const
-{
-    const int padding = 3 * StyleKit::Grid;
-    const int width = fontMetrics().size(Qt::TextShowMnemonic, text()).width() + 2 * padding;
-    return {qMax(width, 96), StyleKit::ControlHeight};
 }
 
 void QBSecondaryButton::paintEvent(QPaintEvent *)
@@ -59,19 +49,7 @@ void QBSecondaryButton::paintEvent(QPaintEvent *)
 
     QPainter painter(this);
     ControlPainting::drawBox(painter, rect(), fill, border, 1);
-    if (hasFocus() && keyboardFocus)
+    if (showsFocus())
         ControlPainting::drawBox(painter, rect(), Qt::transparent, StyleKit::textColor(), 2);
     ControlPainting::drawTitle(painter, *this, rect().adjusted(StyleKit::Grid, 0, -StyleKit::Grid, 0), ink);
-}
-
-void QBSecondaryButton::keyPressEvent(QKeyEvent *event)
-{
-    if (!ControlPainting::pressedByReturn(*this, *event))
-        QPushButton::keyPressEvent(event);
-}
-
-void QBSecondaryButton::focusInEvent(QFocusEvent *event)
-{
-    keyboardFocus = ControlPainting::showsFocus(event->reason(), keyboardFocus);
-    QPushButton::focusInEvent(event);
 }

@@ -1,12 +1,13 @@
 #pragma once
 
+#include "ui/QBBaseButton.h"
+
 #include <QColor>
-#include <QPushButton>
 
 class Branding;
 
 /// The quiet push button beside a primary one: outlined, in the accent colour under the pointer.
-class QBSecondaryButton : public QPushButton
+class QBSecondaryButton : public QBBaseButton
 {
     Q_OBJECT
 public:
@@ -15,18 +16,15 @@ public:
 
     void applyBranding(const Branding &branding);
 
-    QSize sizeHint() const override;
+    QSize sizeHint() const override { return boxSizeHint(); }
     QSize minimumSizeHint() const override { return sizeHint(); }
 
 protected:
     void paintEvent(QPaintEvent *event) override;
-    void keyPressEvent(QKeyEvent *event) override;
-    void focusInEvent(QFocusEvent *event) override;
 
 private:
     void setUp();
 
     QColor accent;
     QColor pressed;
-    bool keyboardFocus = false;
 };

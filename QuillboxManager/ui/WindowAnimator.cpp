@@ -28,12 +28,15 @@ void WindowAnimator::flip(QWidget *from, QWidget *to)
         Application::activate(to);
         return;
     }
-    const QPixmap front = from->grab();
+    const bool moves = !DisplayRefresh::shared().reducedMotion();
+    const QPixmap front = moves ? from->grab() : QPixmap();
     WindowPlace::centerOver(*to, *from);
     to->show();
-    cover = new FlipCover(front, to->grab(), flipRight, to);
-    cover->show();
-    cover->raise();
+    if (moves) {
+        cover = new FlipCover(front, to->grab(), flipRight, to);
+        cover->show();
+        cover->raise();
+    }
     from->hide();
     Application::activate(to);
 }

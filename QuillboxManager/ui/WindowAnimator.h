@@ -19,7 +19,7 @@ public:
     bool isFlipRight() const { return flipRight; }
 
     /// Hides `from` and shows `to` centred on the same place. Without a visible `from` the new window is just shown,
-    /// centred on the screen; without `to` nothing happens.
+    /// centred on the screen; without `to` nothing happens. Where the user wants no motion the windows change at once.
     void flip(QWidget *from, QWidget *to);
     bool isFlipping() const { return !cover.isNull(); }
 

@@ -1,9 +1,11 @@
 #include "ui/WindowShake.h"
 
+#include "ui/animation/BasicAnimation.h"
+
+#include <QEvent>
 #include <QGraphicsEffect>
 #include <QGuiApplication>
 #include <QPainter>
-#include <QVariantAnimation>
 
 #include <array>
 #include <cmath>
@@ -37,27 +39,31 @@ private:
 };
 
 /// One shake; a child of its window that removes itself.
-class Shaker : public QVariantAnimation
+class Shaker : public QObject
 {
     Q_OBJECT
 public:
     explicit Shaker(QWidget *shaken)
-        : QVariantAnimation(shaken), window(shaken), origin(shaken->pos()), width(shaken->width())
+        : QObject(shaken), window(shaken), origin(shaken->pos()), width(shaken->width()),
+          progress(AnimatedProperty::number(this, [this](double part) { moveTo(part); }))
     {
-        setDuration(WindowShake::DurationMilliseconds);
-        setStartValue(0.0);
-        setEndValue(1.0);
+        progress.setTo(1);
+        progress.setDuration(WindowShake::Duration);
+        progress.setEasing(QEasingCurve::Linear);
+        connect(&progress, &Animation::finished, this, &Shaker::finish, Qt::QueuedConnection);
         window->installEventFilter(this);
         // Where only the desktop places windows there is nothing to try.
         if (QGuiApplication::platformName().startsWith(QLatin1String("wayland")) || window->isMaximized() ||
             window->isFullScreen())
             shakeContent();
+        progress.start();
     }
 
     /// Back to the start, gone at once.
     void finish()
     {
-        stop();
+        progress.disconnect(this);
+        progress.stop();
         if (content)
             window->setGraphicsEffect(nullptr);
         else
@@ -66,20 +72,6 @@ public:
     }
 
 protected:
-    void updateCurrentValue(const QVariant &value) override
-    {
-        if (state() != Running)
-            return;
-        // By now the window stood elsewhere, unless the window manager put it straight back.
-        if (!content && currentTime() > WindowShake::DurationMilliseconds / 2 && window->pos().x() == origin.x())
-            shakeContent();
-        const double distance = WindowShake::offset(value.toDouble(), width);
-        if (content)
-            content->setOffset(distance);
-        else
-            window->move(origin.x() + static_cast<int>(std::lround(distance)), origin.y());
-    }
-
     bool eventFilter(QObject *watched, QEvent *event) override
     {
         if (watched == window && event->type() == QEvent::Hide)
@@ -88,6 +80,18 @@ protected:
     }
 
 private:
+    void moveTo(double part)
+    {
+        // By now the window stood elsewhere, unless the window manager put it straight back.
+        if (!content && part > 0.5 && part < 1 && window->pos().x() == origin.x())
+            shakeContent();
+        const double distance = WindowShake::offset(part, width);
+        if (content)
+            content->setOffset(distance);
+        else
+            window->move(origin.x() + static_cast<int>(std::lround(distance)), origin.y());
+    }
+
     void shakeContent()
     {
         content = new ContentShift;
@@ -98,6 +102,7 @@ private:
     const QPoint origin;
     const int width;
     ContentShift *content = nullptr; ///< owned by the window
+    BasicAnimation progress;
 };
 
 Shaker *shakerOf(const QWidget *window)
@@ -125,9 +130,8 @@ void shake(QWidget *widget)
         return;
     if (Shaker *running = shakerOf(window))
         running->finish();
-    auto *shaker = new Shaker(window);
-    QObject::connect(shaker, &QAbstractAnimation::finished, shaker, &Shaker::finish, Qt::QueuedConnection);
-    shaker->start();
+    if (!DisplayRefresh::shared().reducedMotion())
+        new Shaker(window);
 }
 
 bool isShaking(const QWidget *window)

@@ -1,6 +1,7 @@
 #include "support/TestMain.h"
 #include "ui/WindowAnimator.h"
 #include "ui/WindowShake.h"
+#include "ui/animation/DisplayRefresh.h"
 
 #include <QTest>
 
@@ -31,6 +32,8 @@ class TestWindowEffects : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
+    void init() { DisplayRefresh::shared().setReducedMotion(false); }
+    void cleanup() { DisplayRefresh::shared().setReducedMotion({}); }
     void shakePath_data();
     void shakePath();
     void shakeReturnsToTheStart();
@@ -39,6 +42,7 @@ private Q_SLOTS:
     void shakeEndsWithItsWindow();
     void flipHandsThePlaceOver();
     void flipWithoutPredecessor();
+    void noMotionWhereNoneIsWanted();
     void flipMayBeInterrupted_data();
     void flipMayBeInterrupted();
 };
@@ -171,6 +175,22 @@ void TestWindowEffects::flipWithoutPredecessor()
     QVERIFY(to.isVisible());
     animator.flip(&to, &to);
     QVERIFY(to.isVisible());
+}
+
+void TestWindowEffects::noMotionWhereNoneIsWanted()
+{
+    DisplayRefresh::shared().setReducedMotion(true);
+    QWidget from;
+    QWidget to;
+    from.show();
+    WindowShake::shake(&from);
+    QVERIFY(!WindowShake::isShaking(&from));
+    WindowAnimator animator;
+    animator.flip(&from, &to);
+    QVERIFY(to.isVisible());
+    QVERIFY(!from.isVisible());
+    QVERIFY(!animator.isFlipping());
+    QVERIFY(!DisplayRefresh::shared().isTicking());
 }
 
 void TestWindowEffects::flipMayBeInterrupted_data()

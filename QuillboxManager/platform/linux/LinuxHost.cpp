@@ -2,11 +2,13 @@
 
 #include "platform/Bundle.h"
 #include "platform/HostProcess.h"
+#include "platform/ReducedMotion.h"
 #include "platform/linux/LinuxDeviceIdentity.h"
 #include "platform/linux/LinuxDistributedNotifications.h"
 #include "platform/linux/LinuxFileSystemDriver.h"
 #include "platform/linux/LinuxFolders.h"
 #include "platform/linux/LinuxLaunchEvents.h"
+#include "platform/linux/LinuxReducedMotion.h"
 #include "platform/linux/LinuxScripts.h"
 #include "platform/linux/LinuxSidebarFavorites.h"
 #include "platform/linux/LinuxVolumes.h"
@@ -50,6 +52,14 @@ struct LinuxHost {
     Host host{workspace, volumes, device, linuxFolders(), driver, sidebar, launchEvents, scripts, distributed};
 };
 
+
+LinuxHost &linuxHost()
+{
+    // Never destroyed: background jobs may use it until the process has ended.
+    static auto *const parts = new LinuxHost;
+    return *parts;
+}
+
 } // namespace
 
 Folders &hostFolders()
@@ -59,9 +69,13 @@ Folders &hostFolders()
 
 Host &host()
 {
-    // Never destroyed: background jobs may use it until the process has ended.
-    static auto *const parts = new LinuxHost;
-    return parts->host;
+    return linuxHost().host;
+}
+
+bool reducedMotionWanted()
+{
+    static const auto *const motion = new LinuxReducedMotion(linuxHost().bus);
+    return motion->wanted();
 }
 
 } // namespace platform

@@ -1,4 +1,6 @@
+#include "install/Leftovers.h"
 #include "platform/Bundle.h"
+#include "platform/Dispatch.h"
 #include "platform/Host.h"
 #include "platform/Localization.h"
 #include "shell/AppDelegate.h"
@@ -9,6 +11,7 @@
 #include "ui/TestIdentifiers.h"
 
 #include <QApplication>
+#include <QTimer>
 
 int main(int argc, char **argv)
 {
@@ -36,6 +39,10 @@ int main(int argc, char **argv)
                          &AppDelegate::applicationWillTerminate);
         delegate.handleArguments(QCoreApplication::arguments().mid(1));
         delegate.applicationDidFinishLaunching();
+        // The event loop runs: this version works, which an installer may be waiting to hear.
+        QTimer::singleShot(0, &application, [&bundle] {
+            platform::dispatchGlobal([&bundle] { install::clearLeftovers(platform::host(), bundle); });
+        });
         status = QApplication::exec();
     }
     return shell::endProcess(status);

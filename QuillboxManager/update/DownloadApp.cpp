@@ -100,10 +100,13 @@ void DownloadApp::runDownload(StopSignal &stop)
     if (stop.isStopped() || handedOver)
         return;
     const QString name = UpdateAnswer::imageName(networking.dicUpdateVersion());
+    QString problem;
     if (const DownloadFault fault = prepareTarget(name); fault != DownloadFault::None)
-        fail(downloadFaultText(fault, name));
+        problem = downloadFaultText(fault, name);
     else
-        download(url, places.downloads + u'/' + name, stop);
+        problem = download(url, places.downloads + u'/' + name, stop);
+    if (!problem.isNull())
+        fail(problem);
 }
 
 DownloadFault DownloadApp::prepareTarget(const QString &name)
@@ -119,7 +122,7 @@ DownloadFault DownloadApp::prepareTarget(const QString &name)
     return DownloadTarget::occupantOf(target) == Occupant::Nobody ? DownloadFault::None : DownloadFault::TargetTaken;
 }
 
-void DownloadApp::download(const QString &url, const QString &target, StopSignal &stop)
+QString DownloadApp::download(const QString &url, const QString &target, StopSignal &stop)
 {
     progress = 0.0;
     ImageSink sink(target,
@@ -132,9 +135,8 @@ void DownloadApp::download(const QString &url, const QString &target, StopSignal
     request.stallTimeout = stallTimeout;
     request.replyLimit = LongestRefusal;
     const HttpReply reply = transport.send(request);
-    // Whatever the connection did after the last byte: the image was whole, and is being installed by now.
-    if (!sink.isKept() && !isCancelled(reply.error))
-        fail(reasonOf(sink, reply));
+    // Whatever the connection did after the last byte: the image was whole, and what follows was told on the way.
+    return sink.isKept() || isCancelled(reply.error) ? QString() : reasonOf(sink, reply);
 }
 
 void DownloadApp::bytesWritten(qint64 written, qint64 expected, const QString &target)

@@ -65,7 +65,8 @@ public:
 private:
     void runDownload(StopSignal &stop);
     DownloadFault prepareTarget(const QString &name);
-    void download(const QString &url, const QString &target, StopSignal &stop);
+    /// Null, or why there is no image.
+    QString download(const QString &url, const QString &target, StopSignal &stop);
     void bytesWritten(qint64 written, qint64 expected, const QString &target);
     void install(const QString &target);
     void fail(const QString &text);

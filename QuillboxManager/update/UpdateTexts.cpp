@@ -17,7 +17,8 @@ QString text(const QString &key)
 
 QString newVersion(const QString &version)
 {
-    return platform::fillPlaceholders(text(QStringLiteral("发现新版本%@，是否需要更新？")), {line(version, LongestVersion)});
+    return platform::fillPlaceholders(text(QStringLiteral("发现新版本%@，是否需要更新？")),
+                                      {line(version, LongestVersion)});
 }
 
 QString currentVersion(const QString &version)

@@ -278,6 +278,8 @@ void AppDelegate::logoutOnManager()
     }
     context.networking.deleteCookies();
     showLoginWindowAllowAutoLogin(false);
+    searchWindow.reset();
+    settingsWindow.reset();
     flow.closeChangePasswordWindow();
     closeAgreement();
     removeRunTimeEntries();

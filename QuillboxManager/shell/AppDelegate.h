@@ -5,10 +5,12 @@
 #include "shell/LoginFlow.h"
 #include "shell/LoginSuccess.h"
 #include "shell/QuickStart.h"
+#include "shell/SearchWindowsController.h"
 #include "shell/ServerCheck.h"
 #include "shell/ServiceClient.h"
 #include "shell/ServiceProcess.h"
 #include "shell/ServiceWatch.h"
+#include "shell/SettingWindowsController.h"
 #include "shell/ShellContext.h"
 #include "shell/StatusItem.h"
 #include "shell/StatusMenu.h"
@@ -81,6 +83,8 @@ public:
     void showTransferWindow();
     void showDirectUploadPanel();
     void showContentSearchWindow();
+    void showSearchWindow();
+    void showPreferenceWindow();
     void openMyFavorites();
     void helpSubMenu_QuickStart();
     void helpSubMenu_HelpOnline();
@@ -113,7 +117,6 @@ private:
     void removeRunTimeEntries();
     void followUpdateChoice(shell::UpdateChoice choice, bool fromServerSetting);
     void goOnWithoutUpdate(bool fromServerSetting);
-    void showPasswordControlAlert();
     void openHelp(const QString &key);
     void finish();
 
@@ -132,6 +135,8 @@ private:
     shell::StatusMenu menu;
     shell::StatusItem item;
     std::unique_ptr<shell::AgreementDialog> agreement;
+    std::unique_ptr<SearchWindowsController> searchWindow;
+    std::unique_ptr<SettingWindowsController> settingsWindow;
     quint64 session = 0;   ///< counts sign-ins and sign-outs, so that late replies of an earlier one are dropped
     bool launched = false; ///< the start has come to the server check
     bool willTerminate = false;

@@ -6,15 +6,16 @@
 #include "platform/Localization.h"
 #include "platform/Log.h"
 #include "shell/AppUpdateFlag.h"
+#include "shell/PasswordControl.h"
 #include "shell/ShellStrings.h"
 #include "shell/VersionComparison.h"
 #include "shell/WebClientAddress.h"
 #include "state/NotificationNames.h"
 #include "state/QBGlobeInformation.h"
 
-#include <QAction>
-
 // The controller's menu, its entries and what they do.
+
+using namespace Qt::StringLiterals;
 
 namespace
 {
@@ -51,31 +52,31 @@ void AppDelegate::awakeFromNib()
 {
     using namespace shell;
     const auto act = [this](void (AppDelegate::*action)()) { return [this, action] { (this->*action)(); }; };
-    // Entries without an action keep the place of what the companion does not offer yet.
-    menu.addEntry({QStringLiteral("showQuillboxWindow"), menuTitle(QStringLiteral("Disk.title")), ShowQuillboxWindowTag,
+    menu.addEntry({u"showQuillboxWindow"_s, menuTitle(u"JwH-8K-t3P.title"_s), ShowQuillboxWindowTag,
                    act(&AppDelegate::showQuillboxWindow)});
-    menu.addEntry({QStringLiteral("showQuillboxWeb"), menuTitle(QStringLiteral("Safari.title")), ShowQuillboxWebTag,
+    menu.addEntry({u"showQuillboxWeb"_s, menuTitle(u"ghO-sy-2oG.title"_s), ShowQuillboxWebTag,
                    act(&AppDelegate::showQuillboxWeb)});
-    menu.addEntry({QStringLiteral("showTransferWindow"), menuTitle(QStringLiteral("Synchronization.title")),
-                   ShowTransferWindowTag, nullptr});
-    menu.addEntry({QStringLiteral("showDirectUploadPanel"), menuTitle(QStringLiteral("文件直传")), NoTag, nullptr});
+    menu.addEntry({u"showTransferWindow"_s, menuTitle(u"Synchronization.title"_s), ShowTransferWindowTag,
+                   act(&AppDelegate::showTransferWindow)});
     menu.addEntry(
-        {QStringLiteral("showSearchWindow"), menuTitle(QStringLiteral("Search.title")), ShowSearchWindowTag, nullptr});
+        {u"showDirectUploadPanel"_s, u"文件直传"_s, ShowTransferWindowTag, act(&AppDelegate::showDirectUploadPanel)});
+    menu.addEntry({u"showSearchWindow"_s, menuTitle(u"Search.title"_s), ShowSearchWindowTag,
+                   act(&AppDelegate::showSearchWindow)});
     menu.addEntry(
-        {QStringLiteral("showContentSearchWindow"), menuTitle(QStringLiteral("SearchMenu.titile")), NoTag, nullptr});
-    menu.addEntry({QStringLiteral("showPreferenceWindow"), menuTitle(QStringLiteral("Setting.title")),
-                   ShowPreferenceWindowTag, nullptr});
-    menu.addSubmenu(QStringLiteral("helpMenu"), menuTitle(QStringLiteral("Help.title")),
-                    {{QStringLiteral("helpSubMenu_QuickStart"), menuTitle(QStringLiteral("QuickStart.title")), NoTag,
+        {u"showContentSearchWindow"_s, u"搜索"_s, ShowTransferWindowTag, act(&AppDelegate::showContentSearchWindow)});
+    menu.addEntry({u"showPreferenceWindow"_s, menuTitle(u"Setting.title"_s), ShowPreferenceWindowTag,
+                   act(&AppDelegate::showPreferenceWindow)});
+    menu.addSubmenu({u"helpMenu"_s, menuTitle(u"Help.title"_s)},
+                    {{u"helpSubMenu_QuickStart"_s, menuTitle(u"QuickStart.title"_s), NoTag,
                       act(&AppDelegate::helpSubMenu_QuickStart)},
-                     {QStringLiteral("helpSubMenu_HelpOnline"), menuTitle(QStringLiteral("OnlineHelp.title")), NoTag,
+                     {u"helpSubMenu_HelpOnline"_s, menuTitle(u"OnlineHelp.title"_s), NoTag,
                       act(&AppDelegate::helpSubMenu_HelpOnline)},
-                     {QStringLiteral("helpSubMenu_TrainOnline"), menuTitle(QStringLiteral("OnlineTrain.title")), NoTag,
+                     {u"helpSubMenu_TrainOnline"_s, menuTitle(u"OnlineTrain.title"_s), NoTag,
                       act(&AppDelegate::helpSubMenu_TrainOnline)}});
-    menu.addEntry({QStringLiteral("performLogout"), menuTitle(QStringLiteral("Logout.title")), PerformLogoutTag,
-                   act(&AppDelegate::performLogout)});
-    menu.addEntry({QStringLiteral("performQuitApp"), menuTitle(QStringLiteral("Exit.title")), PerformQuitAppTag,
-                   act(&AppDelegate::performQuitApp)});
+    menu.addEntry(
+        {u"performLogout"_s, menuTitle(u"Logout.title"_s), PerformLogoutTag, act(&AppDelegate::performLogout)});
+    menu.addEntry(
+        {u"performQuitApp"_s, menuTitle(u"Exit.title"_s), PerformQuitAppTag, act(&AppDelegate::performQuitApp)});
 }
 
 void AppDelegate::initialMenu()
@@ -123,18 +124,14 @@ void AppDelegate::addChangePasswordMenuItem()
 void AppDelegate::addRunTimeEntries(const ServerReply &user, const ServerReply &config)
 {
     const QString userType = user ? JsonValues::text(*user, ShellStrings::userTypeKey()) : QString();
-    if (userType == QLatin1String("1")) {
-        std::function<void()> action;
-        if (flow.canChangePassword())
-            action = [this] { changePassword(); };
+    if (userType == QLatin1String("1"))
         menu.insertEntry(RunTimeEntryIndex,
-                         {QStringLiteral("changePassword"),
-                          platform::localizedString(ShellStrings::changePasswordTitle()), shell::NoTag, action});
-    }
+                         {u"changePassword"_s, platform::localizedString(ShellStrings::changePasswordTitle()),
+                          shell::NoTag, [this] { changePassword(); }, u"ChangePassword"_s});
     if (serverVersion(config) >= FirstVersionWithFavorites)
         menu.insertEntry(RunTimeEntryIndex,
-                         {QStringLiteral("openMyFavorites"), platform::localizedString(ShellStrings::favoritesTitle()),
-                          shell::NoTag, nullptr});
+                         {u"openMyFavorites"_s, platform::localizedString(ShellStrings::favoritesTitle()), shell::NoTag,
+                          [this] { openMyFavorites(); }, u"favorites"_s});
 }
 
 void AppDelegate::removeRunTimeEntries()
@@ -171,6 +168,27 @@ void AppDelegate::showContentSearchWindow()
     context.host.distributed.post(DistributedNotificationNames::showSearchWindow());
 }
 
+void AppDelegate::showSearchWindow()
+{
+    if (!searchWindow)
+        searchWindow = std::make_unique<SearchWindowsController>(
+            shell::ServiceClient::socketPathIn(context.host.folders.temporary()));
+    searchWindow->showWindow();
+}
+
+void AppDelegate::showPreferenceWindow()
+{
+    if (!serviceRunning()) {
+        showLoginWindowAllowAutoLogin(false);
+        return;
+    }
+    if (!settingsWindow)
+        settingsWindow = context.makeSettings({.close = [this] { flow.closeChangePasswordWindow(); },
+                                               .show = [this] { flow.showChangePasswordWindow(); },
+                                               .present = context.present});
+    settingsWindow->showGeneralPane();
+}
+
 void AppDelegate::openMyFavorites()
 {
     context.host.distributed.post(DistributedNotificationNames::openMyFavorites());
@@ -205,21 +223,11 @@ void AppDelegate::changePassword()
         [this, current = session](const ServerReply &user) {
             if (!user || current != session)
                 return;
-            if (JsonValues::text(*user, ShellStrings::passwordControlKey()) == QLatin1String("1"))
-                showPasswordControlAlert();
+            if (shell::isPasswordControlled(*user))
+                context.present(shell::passwordControlAlert(), [](int) {});
             else
                 flow.showChangePasswordWindow();
         });
-}
-
-void AppDelegate::showPasswordControlAlert()
-{
-    constexpr qint64 NoticeCode = 1000;
-    const QBError notice = QBError::withText(QBError::serverDomain(), NoticeCode,
-                                             platform::localizedString(ShellStrings::passwordControlText()));
-    QBAlert::Alert alert = QBAlert::make(QMessageBox::Information, notice.localizedDescription());
-    QBAlert::addButton(*alert, platform::localizedString(ShellStrings::okTitle()));
-    context.present(std::move(alert), [](int) {});
 }
 
 void AppDelegate::performLogout()

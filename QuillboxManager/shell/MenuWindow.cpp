@@ -1,8 +1,8 @@
 #include "shell/MenuWindow.h"
 
+#include "shell/MenuRowView.h"
 #include "shell/ShellStrings.h"
 #include "ui/Application.h"
-#include "ui/QBSecondaryButton.h"
 #include "ui/StyleKit.h"
 #include "ui/WindowPlace.h"
 
@@ -17,14 +17,23 @@ namespace shell
 namespace
 {
 constexpr int MinimumWidth = 240;
+
+QWidget *makeColumn(QWidget *parent)
+{
+    auto *column = new QWidget(parent);
+    auto *layout = new QVBoxLayout(column);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    return column;
 }
+} // namespace
 
 MenuWindow::MenuWindow(QMenu &statusMenu, QWidget *parent) : QWidget(parent), menu(statusMenu)
 {
     setObjectName(QStringLiteral("menuWindow"));
     setWindowTitle(ShellStrings::toolTip());
     auto *layout = new QVBoxLayout(this);
-    layout->setContentsMargins(2 * StyleKit::Grid, 2 * StyleKit::Grid, 2 * StyleKit::Grid, 2 * StyleKit::Grid);
+    layout->setContentsMargins(0, StyleKit::Grid, 0, StyleKit::Grid);
     StyleKit::dressWindow(this);
 }
 
@@ -40,35 +49,39 @@ void MenuWindow::present()
 
 void MenuWindow::fill()
 {
-    delete buttons;
-    buttons = new QWidget(this);
-    buttons->setMinimumWidth(MinimumWidth);
-    auto *column = new QVBoxLayout(buttons);
-    column->setContentsMargins(0, 0, 0, 0);
-    column->setSpacing(StyleKit::Grid);
-    layout()->addWidget(buttons);
+    delete rows;
+    rows = makeColumn(this);
+    rows->setMinimumWidth(MinimumWidth);
+    layout()->addWidget(rows);
     // The menu prepares itself as if it were about to open.
     Q_EMIT menu.aboutToShow();
-    addButtons(menu);
+    for (QAction *action : menu.actions())
+        addRow(action, rows);
 }
 
-void MenuWindow::addButtons(const QMenu &from)
+void MenuWindow::addRow(QAction *action, QWidget *column)
 {
-    for (QAction *action : from.actions()) {
-        if (!action->isVisible())
-            continue;
-        if (action->menu()) {
-            addButtons(*action->menu());
-            continue;
-        }
-        auto *button = new QBSecondaryButton(action->text(), buttons);
-        button->setObjectName(action->objectName());
-        button->setAccessibleName(action->text());
-        button->setEnabled(action->isEnabled());
-        connect(button, &QPushButton::clicked, this, &QWidget::close);
-        connect(button, &QPushButton::clicked, action, &QAction::trigger, Qt::QueuedConnection);
-        buttons->layout()->addWidget(button);
-    }
+    auto *item = qobject_cast<QWidgetAction *>(action);
+    auto *row = item && item->isVisible() ? qobject_cast<MenuRowView *>(item->requestWidget(column)) : nullptr;
+    if (!row)
+        return;
+    column->layout()->addWidget(row);
+    connect(row, &MenuRowView::chosen, this, &QWidget::close);
+    if (action->menu())
+        addSubmenu(*action->menu(), column, row);
+}
+
+void MenuWindow::addSubmenu(const QMenu &submenu, QWidget *column, MenuRowView *owner)
+{
+    QWidget *below = makeColumn(column);
+    below->hide();
+    column->layout()->addWidget(below);
+    for (QAction *action : submenu.actions())
+        addRow(action, below);
+    connect(owner, &MenuRowView::submenuWanted, below, [this, below] {
+        below->setVisible(!below->isVisible());
+        adjustSize();
+    });
 }
 
 void MenuWindow::keyPressEvent(QKeyEvent *event)

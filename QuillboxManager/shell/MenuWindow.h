@@ -2,12 +2,14 @@
 
 #include <QWidget>
 
+class MenuRowView;
 class QMenu;
 
 namespace shell
 {
 
-/// The status menu as a small window of buttons, for desktops without a tray. Main thread.
+/// The status menu's rows in a small window, for desktops without a tray. A submenu unfolds below its entry. Main
+/// thread.
 class MenuWindow : public QWidget
 {
     Q_OBJECT
@@ -23,10 +25,11 @@ protected:
 
 private:
     void fill();
-    void addButtons(const QMenu &from);
+    void addRow(QAction *action, QWidget *column);
+    void addSubmenu(const QMenu &submenu, QWidget *column, MenuRowView *owner);
 
     QMenu &menu;
-    QWidget *buttons = nullptr;
+    QWidget *rows = nullptr;
 };
 
 } // namespace shell

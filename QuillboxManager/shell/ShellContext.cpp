@@ -20,6 +20,10 @@ ShellContext ShellContext::ofApplication()
         .center = platform::NotificationCenter::defaultCenter(),
         .bundle = bundle,
         .windows = LoginWindowFactory::standard(),
+        .makeSettings =
+            [](ChangePasswordWindow passwords) {
+                return std::make_unique<SettingWindowsController>(std::move(passwords));
+            },
         .fontNames = [installedFont] { return FontSetup::availableFontNames(installedFont); },
         .endEventLoop = shell::endEventLoop,
     };

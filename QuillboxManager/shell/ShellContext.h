@@ -6,6 +6,7 @@
 #include "shell/DriverSetup.h"
 #include "shell/FontSetup.h"
 #include "shell/LoginWindowFactory.h"
+#include "shell/SettingWindowsController.h"
 #include "shell/TrayHost.h"
 
 #include <chrono>
@@ -30,6 +31,7 @@ struct ShellContext {
     platform::Bundle bundle;
     LoginWindowFactory windows;
     AlertPresenter present = presentAlert;
+    std::function<std::unique_ptr<SettingWindowsController>(ChangePasswordWindow)> makeSettings;
     std::unique_ptr<TrayHost> (*makeTrayHost)() = TrayHost::create;
     FontSetup::FontNames fontNames;
     DriverPauses driverPauses = {};

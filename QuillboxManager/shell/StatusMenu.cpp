@@ -1,6 +1,7 @@
 #include "shell/StatusMenu.h"
 
-#include <QAction>
+#include "shell/QBMenuItem.h"
+#include "shell/QBSubMenuItem.h"
 
 #include <utility>
 
@@ -14,46 +15,57 @@ StatusMenu::StatusMenu(std::function<bool(int)> validator, QObject *parent)
     connect(&items, &QMenu::aboutToShow, this, &StatusMenu::validate);
 }
 
-QAction *StatusMenu::makeAction(const MenuEntry &entry, QObject *owner)
+QBMenuItem *StatusMenu::makeItem(const MenuEntry &entry)
 {
-    auto *action = new QAction(entry.title, owner);
-    action->setObjectName(entry.name);
-    action->setData(entry.tag);
-    action->setMenuRole(QAction::NoRole);
-    action->setVisible(static_cast<bool>(entry.action));
-    if (entry.action)
-        connect(action, &QAction::triggered, this, entry.action);
-    return action;
+    QBMenuItem *item = nullptr;
+    if (entry.mainString.isNull()) {
+        item = new QBMenuItem(entry.title, entry.action, &items);
+        item->setUpWithTitle(entry.title);
+    } else {
+        item = QBMenuItem::initWithTitle(entry.title, entry.action, {}, entry.mainString, &items);
+    }
+    item->setObjectName(entry.name);
+    item->setData(entry.tag);
+    return item;
 }
 
-QAction *StatusMenu::entryTitled(const QString &title) const
+MenuRow *StatusMenu::entryTitled(const QString &title) const
 {
     for (QAction *action : items.actions())
-        if (action->text() == title)
-            return action;
+        if (auto *row = qobject_cast<MenuRow *>(action); row && row->title() == title)
+            return row;
     return nullptr;
 }
 
-void StatusMenu::addSubmenu(const QString &name, const QString &title, const QList<MenuEntry> &entries)
+void StatusMenu::addSubmenu(const MenuEntry &entry, const QList<MenuEntry> &entries)
 {
-    QMenu *submenu = items.addMenu(title);
-    submenu->setObjectName(name);
-    for (const MenuEntry &entry : entries)
-        submenu->addAction(makeAction(entry, submenu));
+    auto *submenu = new QMenu(&items);
+    submenu->setObjectName(entry.name + QStringLiteral("Submenu"));
+    for (const MenuEntry &child : entries) {
+        auto *item = new QBSubMenuItem(child.title, child.action, submenu);
+        item->setObjectName(child.name);
+        submenu->addAction(item);
+    }
+    QBMenuItem *item = makeItem(entry);
+    item->setMenu(submenu);
+    items.addAction(item);
 }
 
 void StatusMenu::insertEntry(int index, const MenuEntry &entry)
 {
     if (entryTitled(entry.title))
         return;
-    items.insertAction(items.actions().value(index), makeAction(entry, &items));
+    items.insertAction(items.actions().value(index), makeItem(entry));
     Q_EMIT changed();
 }
 
 void StatusMenu::removeEntriesTitled(const QString &title)
 {
-    while (QAction *action = entryTitled(title))
-        delete action;
+    while (MenuRow *row = entryTitled(title)) {
+        // The entry itself may be what asked.
+        items.removeAction(row);
+        row->deleteLater();
+    }
     Q_EMIT changed();
 }
 

@@ -5,6 +5,9 @@
 
 #include <functional>
 
+class MenuRow;
+class QBMenuItem;
+
 namespace shell
 {
 
@@ -22,12 +25,13 @@ enum MenuTag {
 
 struct MenuEntry {
     QString name;  ///< object name of its action
-    QString title; ///< for the user
+    QString title; ///< names the entry for the application; what the user reads comes from the table of the menu
     int tag = NoTag;
-    std::function<void()> action; ///< null: the entry keeps its place and is not shown
+    std::function<void()> action;
+    QString mainString = {}; ///< base name of pictures and texts; null: recognised by the title
 };
 
-/// The menu behind the status item. Main thread. Entries keep their index whether they are shown or not.
+/// The menu behind the status item, made of entries that draw themselves. Main thread.
 class StatusMenu : public QObject
 {
     Q_OBJECT
@@ -37,7 +41,8 @@ public:
     QMenu *menu() { return &items; }
 
     void addEntry(const MenuEntry &entry) { insertEntry(static_cast<int>(items.actions().size()), entry); }
-    void addSubmenu(const QString &name, const QString &title, const QList<MenuEntry> &entries);
+    /// An entry that opens a menu of its own.
+    void addSubmenu(const MenuEntry &entry, const QList<MenuEntry> &entries);
     /// At `index`, or at the end of a shorter menu. Nothing happens when an entry with this title is there already.
     void insertEntry(int index, const MenuEntry &entry);
     void removeEntriesTitled(const QString &title);
@@ -49,8 +54,9 @@ Q_SIGNALS:
     void changed();
 
 private:
-    QAction *makeAction(const MenuEntry &entry, QObject *owner);
-    QAction *entryTitled(const QString &title) const;
+    MenuRow *entryTitled(const QString &title) const;
+
+    QBMenuItem *makeItem(const MenuEntry &entry);
 
     const std::function<bool(int)> validateItem;
     QMenu items;

@@ -55,6 +55,11 @@ AppDelegate &DelegateFixture::delegate()
         .bundle = files.bundle(),
         .windows = windows,
         .present = alerts.presenter(),
+        .makeSettings =
+            [this](shell::ChangePasswordWindow passwords) {
+                return std::make_unique<SettingWindowsController>(std::move(passwords), networking, clearCache,
+                                                                  host.workspace, files.bundle());
+            },
         .makeTrayHost = NoTray::make,
         .fontNames =
             [there = fontThere] { return *there ? QStringList{QStringLiteral("Noto Sans CJK SC")} : QStringList(); },

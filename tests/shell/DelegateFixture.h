@@ -45,6 +45,7 @@ struct DelegateFixture : ShellFixture {
 
     std::unique_ptr<ServerFixture> server;
     std::shared_ptr<std::atomic<bool>> fontThere = std::make_shared<std::atomic<bool>>(true);
+    QBClearCacheInformation clearCache{folder.filePath(QStringLiteral("clearCache.plist"))};
     int ended = 0;
     std::unique_ptr<AppDelegate> app;
 };

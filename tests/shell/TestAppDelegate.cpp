@@ -412,7 +412,9 @@ void TestAppDelegate::validators()
             QCOMPARE(delegate.validateUserInterfaceItem(tag), running || tag == 0 || tag == 4 || tag == 8);
     }
     QCOMPARE(DelegateFixture::visibleEntries(delegate),
-             (QStringList{u"showQuillboxWindow"_s, u"showQuillboxWeb"_s, u"performLogout"_s, u"performQuitApp"_s}));
+             (QStringList{u"showQuillboxWindow"_s, u"showQuillboxWeb"_s, u"showTransferWindow"_s,
+                          u"showDirectUploadPanel"_s, u"showSearchWindow"_s, u"showContentSearchWindow"_s,
+                          u"showPreferenceWindow"_s, u"performLogout"_s, u"performQuitApp"_s}));
     QTRY_VERIFY(!fixture.serviceNote(u"pid"_s).isEmpty());
     ::kill(fixture.serviceNote(u"pid"_s).toInt(), SIGKILL);
 }

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "shell/MenuRow.h"
+
+#include <QFont>
+#include <QIcon>
+#include <QMenu>
+#include <QPointer>
+
+/// An entry of the status menu with a picture. Main thread.
+class QBMenuItem : public MenuRow
+{
+    Q_OBJECT
+public:
+    /// A run-time entry: pictures and shown title come from the base name. Belongs to `parent`. A null `pictures`
+    /// folder means the main bundle's resources.
+    static QBMenuItem *initWithTitle(const QString &title, const std::function<void()> &action,
+                                     const QString &keyEquivalent, const QString &mainString, QObject *parent,
+                                     const QString &pictures = {});
+    /// An entry as it stands in the layout of the menu, to be completed by `setUpWithTitle`.
+    QBMenuItem(const QString &title, const std::function<void()> &action, QObject *parent,
+               const QString &pictures = {});
+
+    /// Pictures and titles of the base name.
+    void setUp();
+    /// Pictures and titles of the entry that is recognised by this title; an unknown one keeps it as it stands.
+    void setUpWithTitle(const QString &title);
+
+    /// Takes the entry out of its menu and remembers where it stood.
+    void removeSelfInMenu();
+    /// Puts it back at the index it had, or at the end of a menu that got shorter.
+    void showSelfInMenu();
+
+    QString QBMainString() const { return mainString; }
+    const QIcon &QBImage() const { return image; }
+    const QIcon &QBHighlightedImage() const { return highlightedImage; }
+    const QIcon &QBGrayImage() const { return grayImage; }
+    const QIcon &QBRightArrowImage() const { return rightArrowImage; }
+    const QIcon &QBRightArrowHighlightedImage() const { return rightArrowHighlightedImage; }
+    const QIcon &QBRightArrowGrayImage() const { return rightArrowGrayImage; }
+    const QIcon &imageFor(Look look) const;
+    const QIcon &arrowFor(Look look) const;
+
+protected:
+    QWidget *createWidget(QWidget *parent) override;
+
+private:
+    QIcon picture(const QString &name) const;
+    void setUpArrow();
+
+    const QString pictures;
+    QString mainString;
+    QIcon image;
+    QIcon highlightedImage;
+    QIcon grayImage;
+    QIcon rightArrowImage; ///< the arrows are null without a submenu
+    QIcon rightArrowHighlightedImage;
+    QIcon rightArrowGrayImage;
+    QPointer<QMenu> QBmenu; ///< where it stood when it was taken out
+    int QBIndexInMenu = -1;
+};

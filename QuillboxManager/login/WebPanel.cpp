@@ -96,6 +96,7 @@ void WebPanel::addScriptMessageHandler(const QString &name)
 void WebPanel::load(const QUrl &url)
 {
     wanted = url;
+    isWaiting = false;
     if (!ensureBrowser())
         return;
     show(State::Loading);
@@ -110,17 +111,29 @@ void WebPanel::reload()
     load(again);
 }
 
+void WebPanel::setWaiting(bool waiting)
+{
+    isWaiting = waiting;
+    show(waiting ? State::Loading : State::Page);
+}
+
 void WebPanel::unload()
 {
-    if (browser) {
-        // It may be its own signal that leads here.
-        browser->disconnect(this);
-        browser->stop();
-        browser->view()->hide();
-        browser->view()->setParent(nullptr);
-        browser.release()->deleteLater();
-    }
+    isWaiting = false;
+    endBrowser();
     show(State::Empty);
+}
+
+void WebPanel::endBrowser()
+{
+    if (!browser)
+        return;
+    // It may be its own signal that leads here.
+    browser->disconnect(this);
+    browser->stop();
+    browser->view()->hide();
+    browser->view()->setParent(nullptr);
+    browser.release()->deleteLater();
 }
 
 void WebPanel::evaluate(const QString &script, std::function<void(const QString &)> then)
@@ -162,10 +175,10 @@ void WebPanel::connectBrowser()
     connect(page, &WebBrowser::willSendRequest, this, &WebPanel::willSendRequest);
     connect(page, &WebBrowser::scriptMessage, this, &WebPanel::scriptMessage);
     connect(page, &WebBrowser::failed, this, &WebPanel::explain);
-    connect(page, &WebBrowser::documentReady, this, [this] { show(State::Page); });
+    connect(page, &WebBrowser::documentReady, this, &WebPanel::showPage);
     connect(page, &WebBrowser::navigationFinished, this, [this](bool ok) {
         if (ok)
-            show(State::Page);
+            showPage();
         Q_EMIT navigationFinished(ok);
     });
 }
@@ -173,8 +186,17 @@ void WebPanel::connectBrowser()
 void WebPanel::explain(platform::WebBrowser::Failure failure, const QString &reason)
 {
     platform::log(QStringLiteral("web page failed: %1").arg(reason));
-    showFailure(keyOf(failure));
+    if (failure != platform::WebBrowser::Failure::LoadError)
+        endBrowser(); // stuck or dead; a page that cannot be loaded leaves the one before it, which may still answer
+    if (!isWaiting)
+        showFailure(keyOf(failure));
     Q_EMIT failed(reason);
+}
+
+void WebPanel::showPage()
+{
+    if (!isWaiting)
+        show(State::Page);
 }
 
 void WebPanel::showFailure(const QString &messageKey)

@@ -34,6 +34,9 @@ public:
     /// From the next page on, and for every later browser of this panel.
     void addScriptMessageHandler(const QString &name);
     void load(const QUrl &url);
+    /// While set the sign of loading covers the page, which goes on, and failures are not shown: what the page was for
+    /// is done or under way. `load` and `unload` end it.
+    void setWaiting(bool waiting);
     /// Ends the page and its browser. Late answers of it are dropped; the next `load` starts with an empty profile.
     void unload();
     State state() const { return shown; }
@@ -58,7 +61,9 @@ private:
     bool ensureBrowser();
     void connectBrowser();
     void show(State state);
+    void showPage();
     void showFailure(const QString &messageKey);
+    void endBrowser();
     void explain(platform::WebBrowser::Failure failure, const QString &text);
     void reload();
 
@@ -69,4 +74,5 @@ private:
     QStringList handlers;
     QUrl wanted; ///< of the last load
     State shown = State::Empty;
+    bool isWaiting = false;
 };

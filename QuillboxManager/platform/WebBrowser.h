@@ -6,6 +6,7 @@
 #include <QVariant>
 #include <QtPlugin>
 
+#include <chrono>
 #include <functional>
 #include <memory>
 
@@ -23,12 +24,15 @@ class WebBrowser : public QObject
 public:
     enum class Failure {
         LoadError, ///< the page could not be had
-        NoAnswer,  ///< nothing to look at within 30 seconds
+        NoAnswer,  ///< nothing to look at for the length of `patience`
         Crash,     ///< the process of the page ended
     };
     Q_ENUM(Failure)
 
     using QObject::QObject;
+
+    /// How long a page may show nothing at all before it counts as not answering.
+    std::chrono::milliseconds patience{30'000};
 
     /// The view, owned by the browser until a widget takes it as a child; then whichever ends first.
     virtual QWidget *view() = 0;
@@ -60,8 +64,8 @@ Q_SIGNALS:
     void navigationFinished(bool ok);
     /// `body` as the page posted it: text, number, bool, list or map; invalid for null. Untrusted.
     void scriptMessage(const QString &name, const QVariant &body);
-    /// There is nothing to look at; `text` says why in the words of the browser, for the log. load and reload start
-    /// anew.
+    /// There is nothing to look at; `text` says why in the words of the browser, for the log. The page's process may be
+    /// gone or stuck: another try is for another browser.
     void failed(platform::WebBrowser::Failure failure, const QString &text);
 };
 
@@ -70,7 +74,8 @@ class WebBrowserPlugin
 {
 public:
     virtual ~WebBrowserPlugin() = default;
-    virtual std::unique_ptr<WebBrowser> make() = 0;
+    /// Null when this system cannot run it; `error` (may be null) then says why.
+    virtual std::unique_ptr<WebBrowser> make(QString *error) = 0;
 };
 
 using WebBrowserMaker = std::function<std::unique_ptr<WebBrowser>(QString *error)>;

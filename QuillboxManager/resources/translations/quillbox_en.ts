@@ -1110,6 +1110,10 @@
 <context>
     <name>ThirdLoginWindowController</name>
     <message>
+        <source>failed</source>
+        <translation>Sign-in failed</translation>
+    </message>
+    <message>
         <source>登录</source>
         <translation>Sign in</translation>
     </message>

@@ -1110,6 +1110,10 @@
 <context>
     <name>ThirdLoginWindowController</name>
     <message>
+        <source>failed</source>
+        <translation>登录失败</translation>
+    </message>
+    <message>
         <source>登录</source>
         <translation>登录</translation>
     </message>

@@ -1110,6 +1110,10 @@
 <context>
     <name>ThirdLoginWindowController</name>
     <message>
+        <source>failed</source>
+        <translation>登入失敗</translation>
+    </message>
+    <message>
         <source>登录</source>
         <translation>登入</translation>
     </message>

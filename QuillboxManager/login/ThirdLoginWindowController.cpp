@@ -1,0 +1,172 @@
+#include "login/ThirdLoginWindowController.h"
+
+#include "login/ThirdLoginCalls.h"
+#include "platform/Localization.h"
+#include "platform/Log.h"
+#include "state/NotificationNames.h"
+#include "ui/Application.h"
+#include "ui/QBAlert.h"
+#include "ui/QBFont.h"
+#include "ui_ThirdLoginWindowController.h"
+
+#include <QKeyEvent>
+#include <QPointer>
+
+#include <utility>
+
+using platform::localizedString;
+
+namespace
+{
+QString ownText(const QString &key)
+{
+    return localizedString(key, QStringLiteral("ThirdLoginWindowController"));
+}
+
+QString userNameScript()
+{
+    return QStringLiteral("document.getElementById(\"username\").value");
+}
+
+QBAlert::Alert alertOf(const QString &text, const QString &button)
+{
+    QBAlert::Alert alert = QBAlert::make(QMessageBox::Warning, ownText(QStringLiteral("failed")), text);
+    QBAlert::addButton(*alert, button);
+    return alert;
+}
+
+QBAlert::Alert alertOf(const LoginAnswer &answer)
+{
+    const QString messages = QStringLiteral("Messages");
+    const QString button = localizedString(QStringLiteral("OK"), messages);
+    if (!answer.answered)
+        return alertOf(localizedString(QStringLiteral("NoSession"), QStringLiteral("LoginWindowController")), button);
+    const QString key = QString::number(answer.error.code());
+    if (!platform::hasLocalizedString(key, messages))
+        return QBAlert::defaultQBAlertWithShowsSuppressionButton(false, answer.error);
+    return alertOf(localizedString(key, messages), button);
+}
+} // namespace
+
+ThirdLoginWindowController::ThirdLoginWindowController(QBNetworking &client,
+                                                       platform::NotificationCenter &notifications,
+                                                       platform::WebBrowserMaker browserMaker, WebPanel::Opener opener,
+                                                       QObject *parent)
+    : QBWindowController(parent), networking(client), center(notifications), maker(std::move(browserMaker)),
+      openExternally(std::move(opener))
+{
+}
+
+ThirdLoginWindowController::~ThirdLoginWindowController() = default;
+
+void ThirdLoginWindowController::initWithAuthURL(const QString &url, const QString &id)
+{
+    authURL = url;
+    strAuthID = id;
+}
+
+QWidget *ThirdLoginWindowController::loadWindow()
+{
+    form = std::make_unique<Ui::ThirdLoginWindowController>();
+    auto *surface = new QWidget;
+    form->setupUi(surface);
+    webView = new WebPanel(maker, openExternally, surface);
+    webView->setObjectName(QStringLiteral("webView"));
+    form->windowLayout->addWidget(webView, 1);
+    return surface;
+}
+
+void ThirdLoginWindowController::windowDidLoad()
+{
+    form->titleView->setText(ownText(QStringLiteral("登录")));
+    form->titleView->setFont(QBFont::SYsystemFontOfSize(QBFont::SystemFontSize + 1));
+    connect(webView, &WebPanel::willSendRequest, this, &ThirdLoginWindowController::willSendRequest);
+    connect(webView, &WebPanel::backRequested, this, [this] { window()->close(); });
+}
+
+void ThirdLoginWindowController::loadThirdWebView()
+{
+    window();
+    endAttempt();
+    ThirdLoginCalls::readMatchUrl(networking, this, [this, number = attempt](const QString &match) {
+        if (number != attempt)
+            return;
+        matchUrl = match;
+        webView->load(QUrl(authURL, QUrl::StrictMode));
+    });
+}
+
+void ThirdLoginWindowController::willSendRequest(const QUrl &url)
+{
+    const QString address = url.toString(QUrl::FullyEncoded);
+    const ThirdLoginRules::Sighting sighting = ThirdLoginRules::recognise(address, matchUrl);
+    if (sighting.kind == ThirdLoginRules::Sighting::Kind::Nothing)
+        return;
+    if (sighting.kind == ThirdLoginRules::Sighting::Kind::Ticket)
+        platform::log(QStringLiteral("符合要求%1").arg(platform::redactedURL(address)));
+    ++exchanges;
+    webView->setWaiting(true);
+    webView->evaluate(userNameScript(), [this, sighting, number = attempt](const QString &userName) {
+        if (number == attempt)
+            signIn(sighting, userName.isNull() ? QLatin1String("") : userName);
+    });
+}
+
+void ThirdLoginWindowController::signIn(const ThirdLoginRules::Sighting &sighting, const QString &userName)
+{
+    ThirdLoginCalls::signIn(networking, this, sighting, userName, strAuthID,
+                            [this, number = attempt](const LoginAnswer &answer) {
+                                if (number == attempt)
+                                    handleAnswer(answer);
+                            });
+}
+
+void ThirdLoginWindowController::handleAnswer(const LoginAnswer &answer)
+{
+    --exchanges;
+    const bool failed = !answer.answered || answer.error;
+    if (failed && exchanges > 0)
+        return; // the page has sent its ticket twice; the other sign-in decides
+    endAttempt();
+    if (failed) {
+        showFailure(answer);
+        return;
+    }
+    close();
+    center.post(NotificationNames::loginSuccess()); // the shell may end this window in here
+}
+
+void ThirdLoginWindowController::showFailure(const LoginAnswer &answer)
+{
+    close();
+    Application::activate();
+    QBAlert::beginSheet(alertOf(answer), nullptr,
+                        [guard = QPointer<ThirdLoginWindowController>(this), number = attempt](int) {
+                            if (guard && guard->attempt == number)
+                                guard->windowShouldClose();
+                        });
+}
+
+void ThirdLoginWindowController::endAttempt()
+{
+    ++attempt;
+    exchanges = 0;
+    webView->unload();
+}
+
+bool ThirdLoginWindowController::windowShouldClose()
+{
+    endAttempt();
+    center.post(NotificationNames::closeThirdLoginWindowShowLoginWindow());
+    return true;
+}
+
+bool ThirdLoginWindowController::eventFilter(QObject *watched, QEvent *event)
+{
+    const bool escape = event->type() == QEvent::KeyPress && static_cast<QKeyEvent *>(event)->key() == Qt::Key_Escape;
+    if (escape && isWindowLoaded() && watched == window()) {
+        window()->close();
+        return true;
+    }
+    return QBWindowController::eventFilter(watched, event);
+}

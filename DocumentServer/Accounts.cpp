@@ -136,6 +136,16 @@ std::optional<Account> Accounts::find(const QString &name)
     return found ? std::optional(*found) : std::nullopt;
 }
 
+QString Accounts::mailDomain()
+{
+    const std::lock_guard lock(mutex);
+    readIfChanged();
+    for (const Account &account : std::as_const(accounts))
+        if (const qsizetype at = account.mail().lastIndexOf(u'@'); at > 0)
+            return account.mail().mid(at + 1);
+    return u"example.org"_s;
+}
+
 bool Accounts::setPassword(const QString &name, const QByteArray &password, qint64 now, QString *error)
 {
     const QString hash = hashPassword(password, cost);

@@ -23,6 +23,8 @@ public:
     bool open(const QString &file, bool makeDemo, QString *error);
 
     std::optional<Account> find(const QString &name);
+    /// What follows the "@" of the first mail address in the file.
+    QString mailDomain();
     /// Gives the account a new password, on disk before it returns. False with a text in *error.
     bool setPassword(const QString &name, const QByteArray &password, qint64 now, QString *error);
     /// Adds an account; false when the name is taken or not acceptable.

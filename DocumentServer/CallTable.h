@@ -24,6 +24,7 @@ struct CallEntry {
     ReplyHandler replyHandler;
     ReceiverMaker receiver;
     bool answersWithArray = false; ///< errors come as the only element of an array
+    bool isForPages = false;       ///< a page out of a local file may read the replies
 };
 
 /// "service.method" → call; "ping" has no method.

@@ -7,11 +7,21 @@ namespace documentserver
 
 namespace
 {
-/// Tickets are the server's own business.
-QJsonValue publicThirdAuth(const Scenario &scenario)
+/// Addresses of this server's own pages are written without host and port in scenarios, as the ports may be any.
+QJsonObject withWholeAddresses(QJsonObject settings, const QString &origin)
 {
-    const QJsonObject configured = scenario.object("thirdauth");
-    return QJsonObject{{u"id"_s, configured.value("id"_L1)}, {u"config"_s, configured.value("config"_L1).toObject()}};
+    for (auto it = settings.begin(); it != settings.end(); ++it)
+        if (const QString text = it->toString(); text.startsWith(u'/'))
+            *it = origin + text;
+    return settings;
+}
+
+/// Tickets are the server's own business.
+QJsonValue publicThirdAuth(const Call &call)
+{
+    const QJsonObject configured = call.scenario->object("thirdauth");
+    return QJsonObject{{u"id"_s, configured.value("id"_L1)},
+                       {u"config"_s, withWholeAddresses(configured.value("config"_L1).toObject(), call.origin)}};
 }
 
 QJsonObject serverConfiguration(const Call &call, Services &services)
@@ -24,7 +34,7 @@ QJsonObject serverConfiguration(const Call &call, Services &services)
                              "enable_strong_pwd", "server_version", "internal_link_prefix"})
         reply.insert(QLatin1String(name), scenario.value(name));
     if (scenario.value("thirdauth").isObject())
-        reply.insert("thirdauth"_L1, publicThirdAuth(scenario));
+        reply.insert("thirdauth"_L1, publicThirdAuth(call));
     return reply;
 }
 
@@ -32,7 +42,7 @@ QJsonObject oemSection(const Call &call)
 {
     if (requiredText(call.body, "section", 128) != "quillbox"_L1)
         throw ApiError{UnknownSection, {}, {}, {}};
-    return call.scenario->object("oem");
+    return withWholeAddresses(call.scenario->object("oem"), call.origin);
 }
 
 QJsonObject hostInformation(const Call &call)

@@ -23,17 +23,21 @@ void Credentials::requireUnlocked(const QString &account)
 Credentials::Checked Credentials::require(const QString &account, const QString &encryptedPassword,
                                           const Scenario &scenario)
 {
+    return requirePlain(account, key.decrypt(encryptedPassword).value_or(QByteArray()), scenario);
+}
+
+Credentials::Checked Credentials::requirePlain(const QString &account, const QByteArray &password,
+                                               const Scenario &scenario)
+{
     requireUnlocked(account);
     // A broken ciphertext and an unknown account go the same way, at the same cost, as a wrong password.
-    const auto password = key.decrypt(encryptedPassword);
     const auto found = accounts.find(account);
-    const bool fits =
-        passwordFits(password.value_or(QByteArray()), found ? found->hash() : QString(), accounts.passwordCost());
-    if (!fits || !password || password->isEmpty())
+    const bool fits = passwordFits(password, found ? found->hash() : QString(), accounts.passwordCost());
+    if (!fits || password.isEmpty())
         refuse(account, WrongPassword, scenario);
     if (found->isDisabled())
         throw ApiError{AccountDisabled, {}, {}, {}};
-    return {*found, *password};
+    return {*found, password};
 }
 
 void Credentials::refuse(const QString &account, int code, const Scenario &scenario)

@@ -33,6 +33,8 @@ public:
         QByteArray password;
     };
     Checked require(const QString &account, const QString &encryptedPassword, const Scenario &scenario);
+    /// The same for a password as it was typed; empty counts as wrong.
+    Checked requirePlain(const QString &account, const QByteArray &password, const Scenario &scenario);
     /// Counts a wrong attempt and throws `code`, or AccountLocked when it was the last one.
     [[noreturn]] void refuse(const QString &account, int code, const Scenario &scenario);
     void succeeded(const QString &account) { attempts.reset(account); }

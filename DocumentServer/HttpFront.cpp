@@ -7,9 +7,11 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
 
 #include <algorithm>
 #include <chrono>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -47,11 +49,25 @@ void sendStream(httplib::Response &response, const Reply &reply)
     response.set_content_provider(static_cast<size_t>(stream->size()), reply.type.constData(), provide);
 }
 
+/// Sends the body and then a blank now and then, until the client hangs up or the server stops.
+void sendWithoutEnd(httplib::Response &response, const Reply &reply)
+{
+    const auto begin = std::make_shared<QByteArray>(reply.body);
+    response.set_chunked_content_provider(reply.type.constData(), [begin](size_t, httplib::DataSink &sink) {
+        if (begin->isEmpty())
+            std::this_thread::sleep_for(std::chrono::milliseconds(200));
+        const QByteArray part = begin->isEmpty() ? QByteArrayLiteral(" ") : std::exchange(*begin, {});
+        return sink.write(part.constData(), static_cast<size_t>(part.size()));
+    });
+}
+
 void send(httplib::Response &response, const Reply &reply)
 {
     response.status = reply.status;
     for (const auto &[name, value] : reply.headers)
         response.set_header(name.constData(), value.constData());
+    if (reply.neverEnds)
+        return sendWithoutEnd(response, reply);
     if (reply.stream)
         return sendStream(response, reply);
     if (reply.cutAfter >= 0 && reply.cutAfter <= reply.body.size()) {
@@ -114,7 +130,8 @@ QByteArray queryOf(const httplib::Request &request)
 
 } // namespace
 
-HttpFront::HttpFront(Handlers given, const Identity *identity) : handlers(std::move(given))
+HttpFront::HttpFront(Handlers given, const Identity *identity)
+    : handlers(std::move(given)), isEncrypted(identity != nullptr)
 {
     if (identity)
         server = std::make_unique<httplib::SSLServer>(identity->certificate.get(), identity->key.get());
@@ -160,9 +177,7 @@ void HttpFront::addRoutes()
         answerCall(request, response, reader);
     });
     server->Get("/download/.*", [this](const auto &request, auto &response) { answerDownload(request, response); });
-    server->Get(".*", [](const auto &, auto &response) {
-        send(response, replyFor(ApiError{MethodNotAllowed, {}, {}, {}}));
-    });
+    server->Get(".*", [this](const auto &request, auto &response) { send(response, handlers.page(headOf(request))); });
     server->set_exception_handler([](const auto &, auto &response, const std::exception_ptr &) {
         send(response, replyFor(ApiError{InternalError, {}, {}, {}}));
     });
@@ -172,12 +187,22 @@ void HttpFront::addRoutes()
     });
 }
 
+RequestHead HttpFront::headOf(const httplib::Request &request) const
+{
+    static const QRegularExpression hostPattern(u"^[A-Za-z0-9.:\\[\\]-]{1,255}$"_s);
+    QString host = QString::fromStdString(request.get_header_value("Host"));
+    if (!hostPattern.match(host).hasMatch())
+        host = u"127.0.0.1:%1"_s.arg(boundPort);
+    return {QString::fromStdString(request.path), queryOf(request),
+            QByteArray::fromStdString(request.get_header_value(typeHeader)),
+            QByteArray::fromStdString(request.get_header_value("Accept-Language")),
+            (isEncrypted ? u"https://"_s : u"http://"_s) + host};
+}
+
 void HttpFront::answerCall(const httplib::Request &request, httplib::Response &response,
                            const httplib::ContentReader &reader) const
 {
-    const RequestHead head{QString::fromStdString(request.path), queryOf(request),
-                           QByteArray::fromStdString(request.get_header_value(typeHeader))};
-    const auto receiver = handlers.receive(head);
+    const auto receiver = handlers.receive(headOf(request));
     const BodyEnd end = readBody(request, reader, receiver.get());
     const ApiError broken{NotJson, {}, u"the request ends before its end"_s, {}};
     Reply reply = end == BodyEnd::Broken ? replyFor(broken) : handlers.finish(*receiver);

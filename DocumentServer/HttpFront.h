@@ -28,6 +28,7 @@ public:
         std::function<std::unique_ptr<BodyReceiver>(const RequestHead &)> receive;
         std::function<Reply(BodyReceiver &)> finish;
         std::function<QString(const QString &)> findFile; ///< the file behind "/download/NAME"; empty: none
+        std::function<Reply(const RequestHead &)> page;   ///< what a browser gets that opens an address
     };
 
     /// A null identity makes it plain HTTP.
@@ -47,9 +48,11 @@ private:
     void limit();
     void answerCall(const httplib::Request &request, httplib::Response &response,
                     const httplib::ContentReader &reader) const;
+    RequestHead headOf(const httplib::Request &request) const;
     void answerDownload(const httplib::Request &request, httplib::Response &response) const;
 
     const Handlers handlers;
+    const bool isEncrypted;
     std::unique_ptr<httplib::Server> server;
     std::thread listener;
     std::atomic<bool> ended = false; ///< the listener, with all of its connections

@@ -48,12 +48,24 @@ QJsonObject changePassword(const Call &call, Services &services)
     services.credentials.succeeded(name);
     return {};
 }
+
+/// Calls of the password-reset page, which nobody signs in for.
+CallEntry pageCall(Services &services, QJsonObject (PasswordReset::*operation)(const Call &))
+{
+    CallEntry entry{[&services, operation](const Call &call) { return (services.passwordReset.*operation)(call); }};
+    entry.needsToken = false;
+    entry.isForPages = true;
+    return entry;
+}
 } // namespace
 
 void addPasswordCalls(CallTable *table, Services &services)
 {
     table->insert(u"auth1.modifypassword"_s,
                   {[&services](const Call &call) { return changePassword(call, services); }, false});
+    table->insert(u"auth1.getvcodesendway"_s, pageCall(services, &PasswordReset::waysOf));
+    table->insert(u"auth1.sendvcode"_s, pageCall(services, &PasswordReset::sendCode));
+    table->insert(u"auth1.resetpassword"_s, pageCall(services, &PasswordReset::setPassword));
 }
 
 } // namespace documentserver

@@ -2,6 +2,9 @@
 
 #include <openssl/err.h>
 #include <openssl/rsa.h>
+#include <openssl/x509.h>
+
+#include <QCryptographicHash>
 
 using namespace Qt::StringLiterals;
 
@@ -33,6 +36,14 @@ std::optional<QByteArray> PasswordKey::decrypt(const QString &base64) const
         return std::nullopt;
     plain.truncate(static_cast<qsizetype>(length));
     return plain;
+}
+
+QByteArray PasswordKey::secret() const
+{
+    QByteArray der(i2d_PrivateKey(identity.key.get(), nullptr), '\0');
+    auto *end = reinterpret_cast<unsigned char *>(der.data());
+    i2d_PrivateKey(identity.key.get(), &end);
+    return QCryptographicHash::hash("made up for unknown names" + der, QCryptographicHash::Sha256);
 }
 
 } // namespace documentserver

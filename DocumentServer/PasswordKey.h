@@ -19,6 +19,8 @@ public:
     /// The plain password of a base64 ciphertext; nothing when it was not made with this key.
     std::optional<QByteArray> decrypt(const QString &base64) const;
     QByteArray certificate() const { return derOf(identity); }
+    /// Bytes that only who has the private key knows, and the same at every start.
+    QByteArray secret() const;
 
 private:
     Identity identity;

@@ -20,7 +20,8 @@ struct Reply {
     QByteArray type = QByteArrayLiteral("application/json; charset=utf-8");
     QList<std::pair<QByteArray, QByteArray>> headers;
     std::shared_ptr<const ReplyStream> stream; ///< sent instead of the body where there is one
-    qint64 cutAfter = -1; ///< the connection ends after so many bytes of the body, if it has them; -1: not
+    qint64 cutAfter = -1;   ///< the connection ends after so many bytes of the body, if it has them; -1: not
+    bool neverEnds = false; ///< the body is followed by more and more blanks until the client hangs up
 };
 
 Reply replyWith(const QJsonObject &object, int status = 200);
@@ -32,6 +33,8 @@ struct RequestHead {
     QString path;     ///< without query, as it came
     QByteArray query; ///< without "?", as it came
     QByteArray contentType;
+    QByteArray languages; ///< as in the header Accept-Language
+    QString origin;       ///< how the client calls this server, as "http://127.0.0.1:8080"
 };
 
 /// Takes the body of one request piece by piece, then answers. One thread. Destroyed unfinished when the connection

@@ -63,6 +63,7 @@ Call callFor(const RequestHead &head)
     call.token = item(u"tokenid"_s);
     call.signature = item(u"sign"_s);
     call.userid = item(u"userid"_s);
+    call.origin = head.origin;
     return call;
 }
 
@@ -174,16 +175,21 @@ const CallEntry &Router::admit(const QString &name, Call *call)
 Reply Router::answer(const QString &name, Call *call)
 {
     const bool inArray = answersWithArray(name);
+    const auto entry = table.constFind(name);
+    const bool isForPages = entry != table.constEnd() && entry->isForPages;
     const auto complete = [&](Reply reply) {
         reply.cutAfter = plannedCut(*call, name);
+        // The origin of a page out of a file has no name but this.
+        if (isForPages)
+            reply.headers.emplace_back("Access-Control-Allow-Origin", "null");
         return reply;
     };
     try {
         if (const auto planned = plannedFailure(call->scenario->object("fail").value(name), inArray))
             return complete(*planned);
-        const CallEntry &entry = admit(name, call);
+        const CallEntry &admitted = admit(name, call);
         call->body = parseBody(call->bytes);
-        return complete(entry.handler ? replyWith(entry.handler(*call)) : entry.replyHandler(*call));
+        return complete(admitted.handler ? replyWith(admitted.handler(*call)) : admitted.replyHandler(*call));
     } catch (const ApiError &error) {
         return complete(reported(error, name, inArray));
     }

@@ -3,6 +3,7 @@
 #include "HttpFront.h"
 #include "Pause.h"
 #include "TlsIdentity.h"
+#include "pages/Pages.h"
 
 #include <QFileInfo>
 
@@ -16,21 +17,36 @@ namespace documentserver
 
 /// Everything that exists while the server runs, in the order in which it is needed.
 struct Running {
-    explicit Running(const Options &options) : services(options), router(services) {}
+    explicit Running(const Options &options) : services(options), router(services), pages(services) {}
 
     bool listen(QString *error);
     bool listen(std::unique_ptr<HttpFront> *front, std::atomic<int> *bound, int port, const Identity *tls,
                 QString *error);
+    std::unique_ptr<BodyReceiver> receive(const RequestHead &head);
     Reply finish(BodyReceiver &receiver);
+    Reply page(const RequestHead &head);
     QString downloadFile(const QString &name);
 
     Services services;
     Router router;
+    Pages pages;
     Pause pause;
     Identity identity;
     std::unique_ptr<HttpFront> http;
     std::unique_ptr<HttpFront> https;
 };
+
+std::unique_ptr<BodyReceiver> Running::receive(const RequestHead &head)
+{
+    return Pages::isPage(head.path) ? pages.receive(head) : router.receive(head);
+}
+
+Reply Running::page(const RequestHead &head)
+{
+    if (!Pages::isPage(head.path))
+        return replyFor(ApiError{MethodNotAllowed, {}, {}, {}});
+    return pages.answer({head.path, head.query, {}, head.languages, false});
+}
 
 Reply Running::finish(BodyReceiver &receiver)
 {
@@ -51,11 +67,12 @@ bool Running::listen(std::unique_ptr<HttpFront> *front, std::atomic<int> *bound,
 {
     if (port < 0)
         return true;
-    *front = std::make_unique<HttpFront>(
-        HttpFront::Handlers{[this](const RequestHead &head) { return router.receive(head); },
-                            [this](BodyReceiver &receiver) { return finish(receiver); },
-                            [this](const QString &name) { return downloadFile(name); }},
-        tls);
+    *front =
+        std::make_unique<HttpFront>(HttpFront::Handlers{[this](const RequestHead &head) { return receive(head); },
+                                                        [this](BodyReceiver &receiver) { return finish(receiver); },
+                                                        [this](const QString &name) { return downloadFile(name); },
+                                                        [this](const RequestHead &head) { return page(head); }},
+                                    tls);
     const bool listens = (*front)->listen(services.options.host, port, error);
     *bound = (*front)->port();
     return listens;

@@ -52,7 +52,8 @@ Services::Services(const Options &given)
     : options(given), now(given.now ? given.now : Clock(QDateTime::currentMSecsSinceEpoch)),
       accounts(given.passwordCost), sessions(database, now), attempts(database, now), flags(database),
       pictureCodes(now), outbox(given.codesFile, given.printCodes, now), secondFactor(outbox, now),
-      credentials(accounts, attempts, passwordKey)
+      credentials(accounts, attempts, passwordKey),
+      passwordReset(accounts, credentials, passwordKey, sessions, outbox, now), tickets(now)
 {
 }
 

@@ -2,11 +2,13 @@
 
 #include "Credentials.h"
 #include "Flags.h"
+#include "PasswordReset.h"
 #include "PictureCodes.h"
 #include "Scenario.h"
 #include "SecondFactor.h"
 #include "Server.h"
 #include "documents/Documents.h"
+#include "pages/Tickets.h"
 
 #include <atomic>
 
@@ -33,6 +35,8 @@ struct Services {
     Outbox outbox;
     SecondFactor secondFactor;
     Credentials credentials;
+    PasswordReset passwordReset;
+    Tickets tickets;
     Documents documents;
     std::atomic<int> httpPort = -1;
     std::atomic<int> httpsPort = -1;

@@ -44,7 +44,7 @@ QJsonObject sendVerificationCode(const Call &call, Services &services)
     optionalObject(call.body, "deviceinfo");
     const auto gate = services.credentials.gate(name);
     const auto checked = services.credentials.require(name, password, *call.scenario);
-    const SecondFactor::Sent sent = services.secondFactor.send(checked.account, *call.scenario);
+    const SentCodes::Sent sent = services.secondFactor.send(checked.account, *call.scenario);
     return {
         {u"authway"_s, sent.destination}, {u"sendinterval"_s, sent.interval}, {u"isduplicatesended"_s, sent.duplicate}};
 }

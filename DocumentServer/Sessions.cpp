@@ -56,4 +56,9 @@ void Sessions::close(const QString &token)
     database.run("DELETE FROM sessions WHERE token = ?", {digest(token)});
 }
 
+void Sessions::closeAll(const QString &userid)
+{
+    database.run("DELETE FROM sessions WHERE userid = ?", {userid});
+}
+
 } // namespace documentserver

@@ -31,6 +31,7 @@ public:
     /// Lets the session live `life` seconds from now.
     void extend(const QString &token, qint64 life);
     void close(const QString &token);
+    void closeAll(const QString &userid);
 
 private:
     void forgetOld(const QString &userid);

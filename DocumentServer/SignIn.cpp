@@ -127,9 +127,12 @@ QJsonObject SignIn::withTicket(const Call &call)
     const QString ticket = requiredText(requiredObject(call.body, "params"), "ticket", 4096);
     requireAllowedClient(call);
     const QJsonObject configured = call.scenario->object("thirdauth");
-    const QString name = configured.value("tickets"_L1).toObject().value(ticket).toString();
+    const bool isOurs = configured.value("id"_L1).toString() == authenticator;
+    QString name = isOurs ? services.tickets.take(ticket) : QString();
+    if (name.isEmpty())
+        name = configured.value("tickets"_L1).toObject().value(ticket).toString();
     const auto account = services.accounts.find(name);
-    if (configured.value("id"_L1).toString() != authenticator || name.isEmpty() || !account)
+    if (!isOurs || name.isEmpty() || !account)
         throw ApiError{TicketRefused, {}, {}, {}};
     if (account->isDisabled())
         throw ApiError{AccountDisabled, {}, {}, {}};

@@ -5,7 +5,7 @@
 #include "DocumentServer/PasswordPolicy.h"
 #include "DocumentServer/PictureDrawing.h"
 #include "DocumentServer/Scenario.h"
-#include "DocumentServer/SecondFactor.h"
+#include "DocumentServer/SentCodes.h"
 
 #include <QDir>
 #include <QFile>

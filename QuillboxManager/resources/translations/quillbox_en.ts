@@ -1108,6 +1108,89 @@
     </message>
 </context>
 <context>
+    <name>ServicePanel</name>
+    <message>
+        <source>copying</source>
+        <translation>Copying…</translation>
+    </message>
+    <message>
+        <source>done</source>
+        <translation>Done</translation>
+    </message>
+    <message>
+        <source>failed</source>
+        <translation>Failed</translation>
+    </message>
+    <message>
+        <source>waiting</source>
+        <translation>Waiting to be saved</translation>
+    </message>
+    <message>
+        <source>上传完成</source>
+        <translation>Finished uploading.</translation>
+    </message>
+    <message>
+        <source>传输列表</source>
+        <translation>Transfers</translation>
+    </message>
+    <message>
+        <source>位置</source>
+        <translation>Location</translation>
+    </message>
+    <message>
+        <source>名称</source>
+        <translation>Name</translation>
+    </message>
+    <message>
+        <source>搜索文档</source>
+        <translation>Search Documents</translation>
+    </message>
+    <message>
+        <source>收藏</source>
+        <translation>Favorites</translation>
+    </message>
+    <message>
+        <source>文件直传</source>
+        <translation>Direct Upload</translation>
+    </message>
+    <message>
+        <source>未找到文档</source>
+        <translation>No documents were found.</translation>
+    </message>
+    <message>
+        <source>正在上传…</source>
+        <translation>Uploading…</translation>
+    </message>
+    <message>
+        <source>正在加载…</source>
+        <translation>Loading…</translation>
+    </message>
+    <message>
+        <source>正在搜索…</source>
+        <translation>Searching…</translation>
+    </message>
+    <message>
+        <source>没有收藏的文档</source>
+        <translation>You have no favorites yet.</translation>
+    </message>
+    <message>
+        <source>没有正在进行的传输</source>
+        <translation>No transfers are in progress.</translation>
+    </message>
+    <message>
+        <source>状态</source>
+        <translation>State</translation>
+    </message>
+    <message>
+        <source>结果过多，仅显示一部分</source>
+        <translation>There are more results than can be shown.</translation>
+    </message>
+    <message>
+        <source>输入文件名</source>
+        <translation>Type a part of a file name and press Return</translation>
+    </message>
+</context>
+<context>
     <name>ThirdLoginWindowController</name>
     <message>
         <source>failed</source>

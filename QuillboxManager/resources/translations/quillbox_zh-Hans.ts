@@ -1108,6 +1108,89 @@
     </message>
 </context>
 <context>
+    <name>ServicePanel</name>
+    <message>
+        <source>copying</source>
+        <translation>正在复制…</translation>
+    </message>
+    <message>
+        <source>done</source>
+        <translation>已完成</translation>
+    </message>
+    <message>
+        <source>failed</source>
+        <translation>失败</translation>
+    </message>
+    <message>
+        <source>waiting</source>
+        <translation>等待上传</translation>
+    </message>
+    <message>
+        <source>上传完成</source>
+        <translation>上传完成</translation>
+    </message>
+    <message>
+        <source>传输列表</source>
+        <translation>传输列表</translation>
+    </message>
+    <message>
+        <source>位置</source>
+        <translation>位置</translation>
+    </message>
+    <message>
+        <source>名称</source>
+        <translation>名称</translation>
+    </message>
+    <message>
+        <source>搜索文档</source>
+        <translation>搜索文档</translation>
+    </message>
+    <message>
+        <source>收藏</source>
+        <translation>常用</translation>
+    </message>
+    <message>
+        <source>文件直传</source>
+        <translation>文件直传</translation>
+    </message>
+    <message>
+        <source>未找到文档</source>
+        <translation>未找到文档</translation>
+    </message>
+    <message>
+        <source>正在上传…</source>
+        <translation>正在上传…</translation>
+    </message>
+    <message>
+        <source>正在加载…</source>
+        <translation>正在加载…</translation>
+    </message>
+    <message>
+        <source>正在搜索…</source>
+        <translation>正在搜索…</translation>
+    </message>
+    <message>
+        <source>没有收藏的文档</source>
+        <translation>您还没有常用文档</translation>
+    </message>
+    <message>
+        <source>没有正在进行的传输</source>
+        <translation>没有正在进行的传输</translation>
+    </message>
+    <message>
+        <source>状态</source>
+        <translation>状态</translation>
+    </message>
+    <message>
+        <source>结果过多，仅显示一部分</source>
+        <translation>结果过多，仅显示一部分</translation>
+    </message>
+    <message>
+        <source>输入文件名</source>
+        <translation>输入文件名，按回车键搜索</translation>
+    </message>
+</context>
+<context>
     <name>ThirdLoginWindowController</name>
     <message>
         <source>failed</source>

@@ -1108,6 +1108,89 @@
     </message>
 </context>
 <context>
+    <name>ServicePanel</name>
+    <message>
+        <source>copying</source>
+        <translation>正在複製…</translation>
+    </message>
+    <message>
+        <source>done</source>
+        <translation>已完成</translation>
+    </message>
+    <message>
+        <source>failed</source>
+        <translation>失敗</translation>
+    </message>
+    <message>
+        <source>waiting</source>
+        <translation>等待上傳</translation>
+    </message>
+    <message>
+        <source>上传完成</source>
+        <translation>上傳完成</translation>
+    </message>
+    <message>
+        <source>传输列表</source>
+        <translation>傳輸清單</translation>
+    </message>
+    <message>
+        <source>位置</source>
+        <translation>位置</translation>
+    </message>
+    <message>
+        <source>名称</source>
+        <translation>名稱</translation>
+    </message>
+    <message>
+        <source>搜索文档</source>
+        <translation>搜尋文件</translation>
+    </message>
+    <message>
+        <source>收藏</source>
+        <translation>常用</translation>
+    </message>
+    <message>
+        <source>文件直传</source>
+        <translation>檔案直傳</translation>
+    </message>
+    <message>
+        <source>未找到文档</source>
+        <translation>找不到文件</translation>
+    </message>
+    <message>
+        <source>正在上传…</source>
+        <translation>正在上傳…</translation>
+    </message>
+    <message>
+        <source>正在加载…</source>
+        <translation>正在載入…</translation>
+    </message>
+    <message>
+        <source>正在搜索…</source>
+        <translation>正在搜尋…</translation>
+    </message>
+    <message>
+        <source>没有收藏的文档</source>
+        <translation>您還沒有常用文件</translation>
+    </message>
+    <message>
+        <source>没有正在进行的传输</source>
+        <translation>沒有正在進行的傳輸</translation>
+    </message>
+    <message>
+        <source>状态</source>
+        <translation>狀態</translation>
+    </message>
+    <message>
+        <source>结果过多，仅显示一部分</source>
+        <translation>結果過多，僅顯示一部分</translation>
+    </message>
+    <message>
+        <source>输入文件名</source>
+        <translation>輸入檔案名稱，按 Enter 鍵搜尋</translation>
+    </message>
+</context>
+<context>
     <name>ThirdLoginWindowController</name>
     <message>
         <source>failed</source>

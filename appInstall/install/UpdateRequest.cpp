@@ -26,7 +26,7 @@ QString problemWithPath(const QString &path)
 {
     if (!path.startsWith(u'/'))
         return u"it is not absolute"_s;
-    if (path == "/"_L1 || path != QDir::cleanPath(path))
+    if (path == "/"_L1 || path.startsWith("/.."_L1) || path != QDir::cleanPath(path))
         return u"it is no plain path"_s;
     if (path.contains(QChar(u'\0')) || QFile::encodeName(path).size() >= PATH_MAX)
         return u"it is no usable path"_s;

@@ -1,0 +1,175 @@
+#include "InstallScene.h"
+#include "platform/Bundle.h"
+#include "platform/Task.h"
+#include "support/TestMain.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTest>
+
+#include <sys/stat.h>
+
+using namespace install;
+using namespace testing;
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+constexpr auto upToChecked = "manager ended,checked";
+
+/// What is wrong with the image or the request, done before the installation begins.
+struct Fault {
+    std::function<void(const InstallScene &)> inContent = [](const InstallScene &) {};
+    std::function<void(UpdateRequest *)> inRequest = [](UpdateRequest *) {};
+};
+
+QString inContents(const InstallScene &scene, const char *name)
+{
+    return scene.content() + "/Quillbox.app/Contents/"_L1 + QLatin1String(name);
+}
+
+void setInfo(const InstallScene &scene, const QByteArray &from, const QByteArray &to)
+{
+    QFile file(inContents(scene, "Info.plist"));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QByteArray text = file.readAll();
+    file.close();
+    QVERIFY(text.contains(from));
+    writeFile(file.fileName(), text.replace(from, to));
+    writeCodeResources(scene.content() + "/Quillbox.app"_L1);
+}
+
+} // namespace
+
+Q_DECLARE_METATYPE(Fault)
+
+class TestInstaller : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        if (!imagesCanBeAttached())
+            QSKIP("this user may not mount images");
+    }
+
+    void installs()
+    {
+        InstallScene scene;
+        scene.attachImage();
+        const auto manager = platform::Task::launch(platform::Bundle(scene.bundle).executablePath(), {u"manager"_s});
+        QVERIFY(Installer(scene.request(), scene.surroundings()).run());
+        QVERIFY(!manager->isRunning());
+        QCOMPARE(scene.steps.join(u','),
+                 u"manager ended,checked,folder made,copied,compared,exchanged,detached,started,"
+                 "confirmed,stayed,done"_s);
+        QCOMPARE(scene.runningVersion(), u"1.1.0"_s);
+        QCOMPARE(scene.leftBeside(), QStringList());
+        QCOMPARE(scene.attached(), 0);
+        QVERIFY(QFile::exists(scene.image));
+        QCOMPARE(QFile::symLinkTarget(scene.bundle + "/Contents/link"_L1),
+                 scene.bundle + "/Contents/Resources/a name"_L1);
+    }
+
+    void refuses_data();
+    void refuses()
+    {
+        QFETCH(Fault, fault);
+        InstallScene scene;
+        fault.inContent(scene);
+        scene.attachImage();
+        UpdateRequest request = scene.request();
+        fault.inRequest(&request);
+        QVERIFY(!Installer(request, scene.surroundings()).run());
+        const QString steps = scene.steps.join(u',');
+        QVERIFY2(steps.endsWith("refused"_L1) && !steps.contains("exchanged"_L1), qPrintable(steps));
+        QTEST(steps.contains(QLatin1String(upToChecked)), "copied");
+        QCOMPARE(scene.runningVersion(), u"1.0.0"_s);
+        QCOMPARE(scene.leftBeside(), QStringList());
+        QCOMPARE(scene.attached(), request.image == scene.image ? 0 : 1);
+    }
+
+    void takesBackWhatDoesNotWork_data()
+    {
+        QTest::addColumn<QByteArray>("behaviour");
+        for (const char *behaviour : {"crashes", "hangs", "leaves"})
+            QTest::newRow(behaviour) << QByteArray(behaviour);
+    }
+    void takesBackWhatDoesNotWork()
+    {
+        QFETCH(QByteArray, behaviour);
+        InstallScene scene;
+        writeFile(inContents(scene, "behaviour"), behaviour);
+        writeCodeResources(scene.content() + "/Quillbox.app"_L1);
+        scene.attachImage();
+        QVERIFY(!Installer(scene.request(), scene.surroundings()).run());
+        QCOMPARE(scene.steps.last(), u"rolled back"_s);
+        QCOMPARE(scene.runningVersion(), u"1.0.0"_s);
+        QVERIFY(!QFile::exists(scene.bundle + "/Contents/update-pending"_L1));
+        QCOMPARE(scene.leftBeside(), QStringList());
+        QCOMPARE(scene.attached(), 0);
+    }
+
+    void leavesARunningManagerAlone()
+    {
+        InstallScene scene;
+        scene.attachImage();
+        QVERIFY(scene.client().start());
+        QVERIFY(!Installer(scene.request(), scene.surroundings()).run());
+        QCOMPARE(scene.steps, QStringList(u"refused"_s));
+        QCOMPARE(scene.runningVersion(), u"1.0.0"_s);
+        QCOMPARE(scene.attached(), 0);
+    }
+};
+
+void TestInstaller::refuses_data()
+{
+    QTest::addColumn<Fault>("fault");
+    QTest::addColumn<bool>("copied"); // found out only in the copy
+    const auto content = [](const char *name, bool copied, std::function<void(const InstallScene &)> spoil) {
+        QTest::newRow(name) << Fault{.inContent = std::move(spoil)} << copied;
+    };
+    const auto wanted = [](const char *name, std::function<void(UpdateRequest *)> spoil) {
+        QTest::newRow(name) << Fault{.inRequest = std::move(spoil)} << false;
+    };
+    content("another product", false, [](auto &scene) { setInfo(scene, "com.velto.quillbox", "com.velto.other"); });
+    content("older", false, [](auto &scene) { setInfo(scene, "1.1.0", "0.9.9"); });
+    content("without version", false, [](auto &scene) { setInfo(scene, "1.1.0", "new"); });
+    content("executable elsewhere", false, [](auto &scene) { setInfo(scene, ">Quillbox<", ">../../x<"); });
+    content("no executable", false, [](auto &scene) { QFile::remove(inContents(scene, "MacOS/Quillbox")); });
+    content("not executable", false,
+            [](auto &scene) { ::chmod(QFile::encodeName(inContents(scene, "MacOS/Quillbox")).constData(), 0644); });
+    content("without list", false,
+            [](auto &scene) { QFile::remove(inContents(scene, "_CodeSignature/CodeResources")); });
+    content("empty list", true, [](auto &scene) { writeFile(inContents(scene, "_CodeSignature/CodeResources"), ""); });
+    content("changed file", true, [](auto &scene) { writeFile(inContents(scene, "Resources/a name"), "another"); });
+    content("missing file", true, [](auto &scene) { QFile::remove(inContents(scene, "Resources/a name")); });
+    content("file too many", true, [](auto &scene) { writeFile(inContents(scene, "MacOS/.hidden"), "x"); });
+    content("other link", true, [](auto &scene) {
+        QFile::remove(inContents(scene, "link"));
+        QVERIFY(QFile::link(u"Resources"_s, inContents(scene, "link")));
+    });
+    content("link leading out", true,
+            [](auto &scene) { QVERIFY(QFile::link(u"/etc/passwd"_s, inContents(scene, "out"))); });
+    content("pipe", true,
+            [](auto &scene) { QCOMPARE(::mkfifo(QFile::encodeName(inContents(scene, "pipe")).constData(), 0600), 0); });
+    content("no application", false,
+            [](auto &scene) { QDir(scene.content() + "/Quillbox.app"_L1).removeRecursively(); });
+    content("two applications", false, [](auto &scene) { QVERIFY(QDir().mkpath(scene.content() + "/A.app"_L1)); });
+    content("link to an application", false, [](auto &scene) {
+        QVERIFY(QDir().rename(scene.content() + "/Quillbox.app"_L1, scene.content() + "/x"_L1));
+        QVERIFY(QFile::link(u"x"_s, scene.content() + "/Quillbox.app"_L1));
+    });
+    wanted("nothing attached", [](auto *request) { request->newApplication = u"/"_s; });
+    wanted("empty application", [](auto *request) { request->newApplication = QString(); });
+    wanted("not in the image", [](auto *request) { request->newApplication = request->bundle; });
+    wanted("with dots", [](auto *request) { request->newApplication += "/../Quillbox.app"_L1; });
+    wanted("another image", [](auto *request) { request->image = request->bundle + "/Contents/Info.plist"_L1; });
+    wanted("image is a folder", [](auto *request) { request->image = request->bundle; });
+    wanted("relative image", [](auto *request) { request->image = u"a.dmg"_s; });
+}
+
+REGISTER_TEST(TestInstaller)
+#include "TestInstaller.moc"

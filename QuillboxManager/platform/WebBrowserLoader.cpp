@@ -29,7 +29,7 @@ std::unique_ptr<WebBrowser> makeWebBrowser(const QString &folder, QString *error
         setError(error, loader.isLoaded() ? QStringLiteral("not a browser plug-in") : loader.errorString());
         return nullptr;
     }
-    return plugin->make();
+    return plugin->make(error);
 }
 
 std::unique_ptr<WebBrowser> makeWebBrowser(QString *error)

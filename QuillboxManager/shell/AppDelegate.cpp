@@ -51,7 +51,7 @@ AppDelegate::AppDelegate(shell::ShellContext given)
           context.present),
       serverCheck(context.networking, context.defaults), loginSuccess(context.networking),
       flow(context.networking, context.center, context.windows, *this),
-      quickStart(context.networking, context.host.workspace, context.bundle.shortVersion()),
+      quickStart(context.networking, context.bundle.shortVersion()),
       updatePrompt(context.present), menu([this](int tag) { return validateUserInterfaceItem(tag); }),
       item(*menu.menu(), context.makeTrayHost())
 {
@@ -281,6 +281,7 @@ void AppDelegate::logoutOnManager()
     searchWindow.reset();
     settingsWindow.reset();
     flow.closeChangePasswordWindow();
+    quickStart.close();
     closeAgreement();
     removeRunTimeEntries();
     menu.validate();

@@ -215,6 +215,11 @@ QBWindowController *LoginFlow::loginWindow() const
     return login.get();
 }
 
+QBWindowController *LoginFlow::thirdLoginWindow() const
+{
+    return factory.thirdLogin ? factory.thirdLogin() : nullptr;
+}
+
 QBWindowController *LoginFlow::serverSettingWindow() const
 {
     return serverSetting.get();
@@ -223,7 +228,8 @@ QBWindowController *LoginFlow::serverSettingWindow() const
 bool LoginFlow::hasVisibleWindow() const
 {
     for (const QBWindowController *controller :
-         {loginWindow(), serverSettingWindow(), loginVerify.get(), resetPassword.get(), changePassword.get()})
+         {loginWindow(), serverSettingWindow(), loginVerify.get(), resetPassword.get(), changePassword.get(),
+          thirdLoginWindow()})
         if (controller && controller->isVisible())
             return true;
     return false;
@@ -232,7 +238,8 @@ bool LoginFlow::hasVisibleWindow() const
 void LoginFlow::activateVisibleWindow()
 {
     for (QBWindowController *controller :
-         {changePassword.get(), resetPassword.get(), loginVerify.get(), serverSettingWindow(), loginWindow()})
+         {changePassword.get(), resetPassword.get(), loginVerify.get(), thirdLoginWindow(), serverSettingWindow(),
+          loginWindow()})
         if (controller && controller->isVisible()) {
             controller->showWindow();
             return;

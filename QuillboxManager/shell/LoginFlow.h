@@ -58,6 +58,7 @@ public:
 
     QBWindowController *loginWindow() const;
     QBWindowController *serverSettingWindow() const;
+    QBWindowController *thirdLoginWindow() const;
 
 private:
     void observe(const QString &name, void (LoginFlow::*handler)());

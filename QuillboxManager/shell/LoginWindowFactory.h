@@ -18,6 +18,8 @@ struct LoginWindowFactory {
     std::function<std::unique_ptr<QBWindowController>()> loginVerify;
     std::function<std::unique_ptr<QBWindowController>()> resetPassword;
     std::function<std::unique_ptr<QBWindowController>()> changePassword;
+    /// The window of single sign-on while there is one, else null; it belongs to what opens it.
+    std::function<QBWindowController *()> thirdLogin;
 
     /// The application's own windows on its shared objects.
     static LoginWindowFactory standard();

@@ -1,36 +1,79 @@
 #include "shell/QuickStart.h"
 
 #include "login/JsonValues.h"
+#include "login/QuickStartWindowController.h"
 #include "platform/Dispatch.h"
-#include "platform/Host.h"
 #include "platform/Localization.h"
 #include "shell/ShellStrings.h"
 #include "shell/WebClientAddress.h"
 
+#include <optional>
+#include <utility>
+
 namespace shell
 {
 
-QuickStart::QuickStart(QBNetworking &client, platform::Workspace &desktop, const QString &version, QObject *parent)
-    : QObject(parent), networking(client), workspace(desktop), clientVersion(version)
+namespace
+{
+bool isWebAddress(const QUrl &url)
+{
+    return url.isValid() && !url.host().isEmpty() &&
+           (url.scheme() == QLatin1String("http") || url.scheme() == QLatin1String("https"));
+}
+
+/// Blocks. Nothing when there is no need.
+std::optional<QUrl> askForIntroduction(QBNetworking &networking, const QString &version)
+{
+    QBError error;
+    const ServerReply config = networking.getConfig(&error);
+    if (!config || !JsonValues::boolean(*config, ShellStrings::needQuickStartKey()))
+        return std::nullopt;
+    const ServerReply oemConfig = networking.getOEMConfigBySection(&error);
+    return introductionAddress(oemConfig, platform::localizedString(ShellStrings::quickStartURL()), version);
+}
+} // namespace
+
+QUrl introductionAddress(const ServerReply &oemConfig, const QString &page, const QString &version)
+{
+    QString own = JsonValues::text(oemConfig.value_or(QJsonObject()), ShellStrings::quickStartURL());
+    if (!isWebAddress(QUrl(own, QUrl::StrictMode)))
+        return QUrl(helpAddress(page, version));
+    if (!own.contains(u'?'))
+        own += u'?';
+    return QUrl(helpAddress(own, version));
+}
+
+QuickStart::QuickStart(QBNetworking &client, const QString &version, WindowMaker maker, QObject *parent)
+    : QObject(parent), networking(client), clientVersion(version),
+      makeWindow(maker ? std::move(maker) : [] { return std::make_unique<QuickStartWindowController>(); })
 {
 }
+
+QuickStart::~QuickStart() = default;
 
 void QuickStart::openIfNeeded()
 {
     platform::inBackground(
-        this,
-        [&client = networking] {
-            QBError error;
-            const ServerReply config = client.getConfig(&error);
-            return config && JsonValues::boolean(*config, ShellStrings::needQuickStartKey());
-        },
-        [this](bool needed) {
-            if (!needed)
-                return;
-            const QString page = platform::localizedString(ShellStrings::quickStartURL());
-            workspace.openURL(QUrl(helpAddress(page, clientVersion)));
-            platform::dispatchGlobal([&client = networking] { client.setquickstartstatus(nullptr); });
+        this, [&client = networking, version = clientVersion] { return askForIntroduction(client, version); },
+        [this, asked = session](const std::optional<QUrl> &address) {
+            if (address && asked == session)
+                open(*address);
         });
+}
+
+void QuickStart::open(const QUrl &address)
+{
+    window = makeWindow();
+    window->initWithWindowNibName(QStringLiteral("QuickStartWindowController"), address);
+    window->showWindow();
+    window->loadQuickStartWebView();
+    platform::dispatchGlobal([&client = networking] { client.setquickstartstatus(nullptr); });
+}
+
+void QuickStart::close()
+{
+    ++session;
+    window.reset();
 }
 
 } // namespace shell

@@ -3,18 +3,80 @@
 #include "volume/Errno.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <cstring>
+#include <new>
+#include <utility>
 
 namespace volume
 {
 namespace
 {
 constexpr std::size_t fetchThreads = 8;
+constexpr std::size_t mostSpareBlocks = 8;
+constexpr qint64 mostBlocksComing = 16;
+
+qint64 sizeOfBlock(const Document &document, qint64 index)
+{
+    return std::clamp<qint64>(document.size - index * BlockCache::blockSize, 0, BlockCache::blockSize);
+}
+} // namespace
+
+/// Puts the bytes of a run into its blocks as they arrive; each can be used as soon as it is full.
+class BlockCache::Filler : public ByteSink
+{
+public:
+    /// `published` counts the blocks that are there.
+    Filler(BlockCache &owner, const Run &wanted, std::size_t &published) : cache(owner), run(wanted), done(published)
+    {
+        begin();
+    }
+
+    bool write(const char *bytes, qint64 count) override;
+
+private:
+    void begin();
+
+    BlockCache &cache;
+    const Run &run;
+    std::size_t &done;
+    std::shared_ptr<Block> block; ///< the one being filled, null behind the last one
+    qint64 filled = 0;
+};
+
+void BlockCache::Filler::begin()
+{
+    filled = 0;
+    block = nullptr;
+    for (; done < run.entries.size(); ++done) {
+        const qint64 index = run.first + static_cast<qint64>(done);
+        block = cache.memory.take(sizeOfBlock(run.document, index));
+        if (block->size() > 0)
+            return;
+        cache.publish(cache.keyOf(run.document, index), run.entries[done], std::exchange(block, nullptr));
+    }
+}
+
+bool BlockCache::Filler::write(const char *bytes, qint64 count)
+{
+    while (count > 0 && block) {
+        const qint64 part = std::min(count, block->size() - filled);
+        std::memcpy(block->data() + filled, bytes, static_cast<std::size_t>(part));
+        filled += part;
+        bytes += part;
+        count -= part;
+        if (filled < block->size())
+            return true;
+        cache.publish(cache.keyOf(run.document, run.first + static_cast<qint64>(done)), run.entries[done], block);
+        ++done;
+        begin();
+    }
+    return count == 0;
 }
 
 BlockCache::BlockCache(Fetch fetchFunction, qint64 capacityBytes)
-    : fetch(std::move(fetchFunction)), capacity(capacityBytes), pool(fetchThreads)
+    : fetch(std::move(fetchFunction)), capacity(capacityBytes), memory(blockSize, mostSpareBlocks), pool(fetchThreads)
 {
 }
 
@@ -24,86 +86,132 @@ BlockCache::~BlockCache()
     }
 }
 
-QByteArray BlockCache::block(const Document &document, qint64 index)
+BlockPointer BlockCache::block(const Document &document, qint64 index)
 {
-    const Key key(document.id, document.rev, index);
     std::unique_lock lock(mutex);
     EntryPointer entry;
-    if (const auto found = entries.find(key); found != entries.end()) {
+    if (const auto found = entries.find(keyOf(document, index)); found != entries.end()) {
         entry = found->second;
         loaded.wait(lock, [&] { return entry->ready; });
-        if (entry->error != 0)
-            throw Errno{entry->error};
-        if (const auto still = entries.find(key); still != entries.end() && still->second == entry)
+        if (entry->block && entry->age != ages.end())
             ages.splice(ages.end(), ages, entry->age);
-        return entry->bytes;
+    } else {
+        const Run run = reserve(document, index, 1);
+        entry = run.entries.front();
+        lock.unlock();
+        load(run);
     }
-    entry = std::make_shared<Entry>();
-    entries.emplace(key, entry);
-    lock.unlock();
-    load(document, key, entry);
     if (entry->error != 0)
         throw Errno{entry->error};
-    return entry->bytes;
+    return entry->block;
 }
 
-void BlockCache::prefetch(const Document &document, qint64 index)
+BlockCache::Run BlockCache::reserve(const Document &document, qint64 first, qint64 count)
 {
-    const Key key(document.id, document.rev, index);
-    const auto entry = std::make_shared<Entry>();
+    Run run{document, first, {}};
+    for (qint64 index = first; index < first + count; ++index) {
+        const auto entry = std::make_shared<Entry>();
+        entry->age = ages.end();
+        if (!entries.emplace(keyOf(document, index), entry).second)
+            break;
+        run.entries.push_back(entry);
+    }
+    return run;
+}
+
+void BlockCache::prefetch(const Document &document, qint64 first, qint64 count)
+{
+    Run run;
     {
         const std::lock_guard lock(mutex);
-        if (!entries.emplace(key, entry).second)
-            return;
+        run = reserve(document, first, std::min(count, mostBlocksComing - blocksComing));
+        blocksComing += static_cast<qint64>(run.entries.size());
     }
-    pool.run([this, document, key, entry] { load(document, key, entry); });
+    if (run.entries.empty())
+        return;
+    pool.run([this, run] {
+        load(run);
+        const std::lock_guard lock(mutex);
+        blocksComing -= static_cast<qint64>(run.entries.size());
+    });
 }
 
-void BlockCache::load(const Document &document, const Key &key, const EntryPointer &entry)
+void BlockCache::load(const Run &run)
 {
-    const qint64 offset = std::get<2>(key) * blockSize;
-    int error = 0;
-    QByteArray bytes;
+    const qint64 offset = run.first * blockSize;
+    const qint64 end = (run.first + static_cast<qint64>(run.entries.size())) * blockSize;
+    std::size_t published = 0;
+    int error = EIO; // of what did not come although nothing failed
     try {
-        bytes = fetch(document, offset, std::clamp<qint64>(document.size - offset, 0, blockSize));
+        Filler filler(*this, run, published);
+        if (run.document.size > offset)
+            fetch(run.document, offset, std::min(end, run.document.size) - offset, filler);
     } catch (const Errno &failure) {
         error = failure.code;
+    } catch (const std::bad_alloc &) {
+        error = ENOMEM;
     }
+    giveUp(run, published, error);
+}
+
+void BlockCache::publish(const Key &key, const EntryPointer &entry, BlockPointer block)
+{
     const std::lock_guard lock(mutex);
+    entry->block = std::move(block);
     entry->ready = true;
-    entry->error = error;
-    if (error != 0)
-        entries.erase(key); // whoever comes next tries again
-    else
-        store(key, entry, bytes);
+    store(key, entry);
     loaded.notify_all();
 }
 
-void BlockCache::store(const Key &key, const EntryPointer &entry, const QByteArray &bytes)
+/// Whoever comes next tries again.
+void BlockCache::giveUp(const Run &run, std::size_t from, int error)
 {
-    entry->bytes = bytes;
+    if (from == run.entries.size())
+        return;
+    const std::lock_guard lock(mutex);
+    for (std::size_t number = from; number < run.entries.size(); ++number) {
+        run.entries[number]->error = error;
+        run.entries[number]->ready = true;
+        entries.erase(keyOf(run.document, run.first + static_cast<qint64>(number)));
+    }
+    loaded.notify_all();
+}
+
+void BlockCache::store(const Key &key, const EntryPointer &entry)
+{
     entry->age = ages.insert(ages.end(), key);
-    bytesHeld += bytes.size();
+    bytesHeld += entry->block->size();
     while (bytesHeld > capacity && ages.size() > 1) {
         const auto oldest = entries.find(ages.front());
-        bytesHeld -= oldest->second->bytes.size();
+        bytesHeld -= oldest->second->block->size();
+        oldest->second->age = ages.end();
         entries.erase(oldest);
         ages.pop_front();
     }
 }
 
+Slices BlockCache::slices(const Document &document, qint64 offset, qint64 length)
+{
+    Slices found;
+    while (length > 0) {
+        const BlockPointer from = block(document, offset / blockSize);
+        const qint64 skip = offset % blockSize;
+        const qint64 part = std::min(length, from->size() - skip);
+        if (part <= 0)
+            break;
+        found.push_back({from, from->data() + skip, part});
+        offset += part;
+        length -= part;
+    }
+    return found;
+}
+
 qint64 BlockCache::read(const Document &document, qint64 offset, qint64 length, char *into)
 {
     qint64 done = 0;
-    while (done < length) {
-        const qint64 position = offset + done;
-        const QByteArray bytes = block(document, position / blockSize);
-        const qint64 skip = position % blockSize;
-        const qint64 part = std::min(length - done, qint64(bytes.size()) - skip);
-        if (part <= 0)
-            break;
-        std::memcpy(into + done, bytes.constData() + skip, static_cast<std::size_t>(part));
-        done += part;
+    for (const Slice &slice : slices(document, offset, length)) {
+        std::memcpy(into + done, slice.bytes, static_cast<std::size_t>(slice.length));
+        done += slice.length;
     }
     return done;
 }

@@ -4,6 +4,7 @@
 
 #include <QList>
 
+class ByteSink;
 class ByteSource;
 
 namespace volume
@@ -24,8 +25,8 @@ public:
 
     virtual QList<Document> entries() = 0;
     virtual QList<Document> list(const QString &folderId) = 0;
-    /// Reads `length` bytes of the document's own revision; fewer only at its end.
-    virtual qint64 read(const Document &document, qint64 offset, qint64 length, char *into) = 0;
+    /// Reads `length` bytes of the document's own revision, as they arrive; fewer only at its end.
+    virtual void read(const Document &document, qint64 offset, qint64 length, ByteSink &into) = 0;
     /// A new file; one of that name which somebody else made meanwhile gets the contents as its new revision.
     virtual Document createFile(const QString &folderId, const QString &name, ByteSource &contents,
                                 qint64 modified) = 0;

@@ -1,11 +1,11 @@
 #include "volume/FuseAnswer.h"
 #include "volume/FuseOperations.h"
 
-#include <QByteArray>
-
 #include <memory>
+#include <vector>
 
 #include <fcntl.h>
+#include <sys/uio.h>
 
 namespace volume
 {
@@ -75,9 +75,11 @@ void readFile(fuse_req_t request, fuse_ino_t, std::size_t size, off_t offset, fu
 {
     answer(request, [&] {
         Handle &handle = handleOf(info);
-        QByteArray bytes(static_cast<qsizetype>(size), Qt::Uninitialized);
-        const qint64 got = handle.file->read(offset, bytes.size(), bytes.data(), handle.readAhead);
-        fuse_reply_buf(request, bytes.constData(), static_cast<std::size_t>(got));
+        const Slices slices = handle.file->read(offset, static_cast<qint64>(size), handle.readAhead);
+        std::vector<iovec> parts;
+        for (const Slice &slice : slices)
+            parts.push_back({const_cast<char *>(slice.bytes), static_cast<std::size_t>(slice.length)});
+        fuse_reply_iov(request, parts.data(), static_cast<int>(parts.size()));
     });
 }
 

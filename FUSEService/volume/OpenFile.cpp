@@ -67,22 +67,30 @@ void OpenFile::opened(const DocumentPointer &document)
     show(base->size, base->modified);
 }
 
-qint64 OpenFile::read(qint64 offset, qint64 length, char *into, ReadAhead &readAhead)
+Slices OpenFile::read(qint64 offset, qint64 length, ReadAhead &readAhead)
 {
     DocumentPointer document;
     {
         const std::lock_guard lock(content);
         if (stage)
-            return stage->read(offset, length, into);
+            return readStage(offset, length);
         document = base;
     }
     length = std::clamp<qint64>(document->size - offset, 0, length);
     if (length == 0)
-        return 0;
+        return {};
     const ReadAhead::Blocks soon = readAhead.advance(offset, length, document->size);
-    for (qint64 block = soon.first; block < soon.first + soon.count; ++block)
-        services.cache.prefetch(*document, block);
-    return services.cache.read(*document, offset, length, into);
+    if (soon.count > 0)
+        services.cache.prefetch(*document, soon.first, soon.count);
+    return services.cache.slices(*document, offset, length);
+}
+
+Slices OpenFile::readStage(qint64 offset, qint64 length)
+{
+    length = std::clamp<qint64>(stage->size() - offset, 0, length);
+    const auto copied = std::make_shared<Block>(length);
+    const qint64 got = stage->read(offset, length, copied->data());
+    return {{copied, copied->data(), got}};
 }
 
 void OpenFile::makeStage(qint64 keptLength)

@@ -49,7 +49,8 @@ public:
 
     /// Somebody opens it while the server has `document`.
     void opened(const DocumentPointer &document);
-    qint64 read(qint64 offset, qint64 length, char *into, ReadAhead &readAhead);
+    /// Fewer bytes than asked for only at the end.
+    Slices read(qint64 offset, qint64 length, ReadAhead &readAhead);
     void write(qint64 offset, const char *bytes, qint64 length);
     void truncate(qint64 size);
     /// False when nothing is written, so that the time cannot go to the server with it.
@@ -74,6 +75,7 @@ public:
     bool copyStage(const QString &path);
 
 private:
+    Slices readStage(qint64 offset, qint64 length);
     void beginWriting(qint64 keptLength);
     void makeStage(qint64 keptLength);
     void noteWritten();

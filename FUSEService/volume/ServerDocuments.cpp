@@ -148,12 +148,11 @@ QList<Document> ServerDocuments::list(const QString &folderId)
     return documents;
 }
 
-qint64 ServerDocuments::read(const Document &document, qint64 offset, qint64 length, char *into)
+void ServerDocuments::read(const Document &document, qint64 offset, qint64 length, ByteSink &into)
 {
-    const DocumentRange range = ask("reading a file", [&](QBError *error) {
+    ask("reading a file", [&](QBError *error) {
         return transfer.readRange(document.id, offset, length, into, error, document.rev);
     });
-    return range.bytes;
 }
 
 Document ServerDocuments::createFile(const QString &folderId, const QString &name, ByteSource &contents,

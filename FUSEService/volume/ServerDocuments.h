@@ -33,7 +33,7 @@ public:
 
     QList<Document> entries() override;
     QList<Document> list(const QString &folderId) override;
-    qint64 read(const Document &document, qint64 offset, qint64 length, char *into) override;
+    void read(const Document &document, qint64 offset, qint64 length, ByteSink &into) override;
     Document createFile(const QString &folderId, const QString &name, ByteSource &contents, qint64 modified) override;
     Document replaceContents(const QString &id, ByteSource &contents, qint64 modified) override;
     Document createFolder(const QString &folderId, const QString &name) override;

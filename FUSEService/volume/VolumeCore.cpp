@@ -17,10 +17,8 @@ qint64 microsecondsSinceEpoch()
 
 BlockCache::Fetch fetchFrom(DocumentStore &store)
 {
-    return [&store](const Document &document, qint64 offset, qint64 length) {
-        QByteArray bytes(length, Qt::Uninitialized);
-        bytes.resize(length > 0 ? store.read(document, offset, length, bytes.data()) : 0);
-        return bytes;
+    return [&store](const Document &document, qint64 offset, qint64 length, ByteSink &into) {
+        store.read(document, offset, length, into);
     };
 }
 

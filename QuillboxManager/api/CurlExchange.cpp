@@ -10,7 +10,7 @@ constexpr long mostConnections = 4; // kept open per handle
 constexpr long connectionLifeSeconds = 60;
 constexpr qint64 mostHeaderBytes = 256 * 1024;
 constexpr std::chrono::milliseconds longestPoll{60'000};
-constexpr long transferBuffer = 256 * 1024; // bytes, of uploads
+constexpr long transferBuffer = 256 * 1024; // bytes, of uploads and of replies that go to a sink
 constexpr qint64 leastProgress = 1024;      // bytes per stall time-out
 
 using Clock = std::chrono::steady_clock;
@@ -125,6 +125,9 @@ void CurlExchange::setLimits(const HttpRequest &request)
         curl_easy_setopt(easy, CURLOPT_TIMEOUT_MS, limit);
     if (changes(settings.largest, largest))
         curl_easy_setopt(easy, CURLOPT_MAXFILESIZE_LARGE, largest);
+    const long buffer = request.sink ? transferBuffer : CURL_MAX_WRITE_SIZE;
+    if (changes(settings.receiveBuffer, buffer))
+        curl_easy_setopt(easy, CURLOPT_BUFFERSIZE, buffer);
     if (changes(settings.freshConnection, request.freshConnection))
         curl_easy_setopt(easy, CURLOPT_FRESH_CONNECT, request.freshConnection ? 1L : 0L);
 }

@@ -62,6 +62,7 @@ private:
         std::optional<bool> secureOnly; ///< redirects stay with HTTPS
         std::optional<long> timeout;
         std::optional<curl_off_t> largest;
+        std::optional<long> receiveBuffer;
         std::optional<bool> freshConnection;
         std::optional<ProxyChoice> proxy;
         std::optional<bool> anyCertificate;

@@ -45,16 +45,12 @@ qint64 sizeOf(const QByteArray &header)
     return number && size >= 0 ? size : -1;
 }
 
-/// A reply's bytes into a buffer of fixed size.
-class BufferSink : public ReplySink
+/// A buffer of fixed size.
+class BufferSink : public ByteSink
 {
 public:
     BufferSink(char *buffer, qint64 size) : into(buffer), room(size) {}
 
-    bool takes(int status, const QByteArray &contentType) override
-    {
-        return isSuccess(status) && !contentType.toLower().contains("json");
-    }
     bool write(const char *bytes, qint64 count) override
     {
         if (count > room - taken)
@@ -63,13 +59,42 @@ public:
         taken += count;
         return true;
     }
-    TransportError refusal() const override { return TransportError::BadReply; }
-    qint64 bytes() const { return taken; }
 
 private:
     char *const into;
     const qint64 room;
     qint64 taken = 0;
+};
+
+/// A reply's bytes, no more than were asked for, into a sink.
+class RangeSink : public ReplySink
+{
+public:
+    RangeSink(ByteSink &sink, qint64 length) : contents(sink), wanted(length) {}
+
+    bool takes(int status, const QByteArray &contentType) override
+    {
+        return isSuccess(status) && !contentType.toLower().contains("json");
+    }
+    bool write(const char *bytes, qint64 count) override
+    {
+        isTooLong = count > wanted - taken;
+        if (isTooLong || !contents.write(bytes, count))
+            return false;
+        taken += count;
+        return true;
+    }
+    TransportError refusal() const override
+    {
+        return isTooLong ? TransportError::BadReply : TransportError::CannotWrite;
+    }
+    qint64 bytes() const { return taken; }
+
+private:
+    ByteSink &contents;
+    const qint64 wanted;
+    qint64 taken = 0;
+    bool isTooLong = false;
 };
 
 /// A multipart reply's contents into a sink.
@@ -175,10 +200,17 @@ ServerReply DocumentTransfer::upload(QJsonObject parameters, ByteSource &content
 std::optional<DocumentRange> DocumentTransfer::readRange(const QString &docid, qint64 offset, qint64 length, char *into,
                                                          QBError *error, const QString &rev)
 {
+    BufferSink buffer(into, length);
+    return readRange(docid, offset, length, buffer, error, rev);
+}
+
+std::optional<DocumentRange> DocumentTransfer::readRange(const QString &docid, qint64 offset, qint64 length,
+                                                         ByteSink &into, QBError *error, const QString &rev)
+{
     QJsonObject parameters{{u"docid"_s, docid}, {u"offset"_s, offset}, {u"length"_s, length}};
     if (!rev.isNull())
         parameters.insert(u"rev"_s, rev);
-    BufferSink sink(into, length);
+    RangeSink sink(into, length);
     HttpRequest request = requestFor(u"read"_s);
     request.body = QBApiManager::serializeCompact(parameters);
     request.sink = &sink;

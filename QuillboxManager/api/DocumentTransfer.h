@@ -11,7 +11,7 @@
 
 /// What a ranged read brought.
 struct DocumentRange {
-    qint64 bytes = 0;      ///< put into the caller's buffer; fewer than asked for only at the end of the document
+    qint64 bytes = 0;      ///< given to the caller; fewer than asked for only at the end of the document
     QString rev;           ///< revision they belong to, null when the server does not say
     qint64 totalSize = -1; ///< of that revision, -1 when the server does not say
 };
@@ -47,6 +47,9 @@ public:
     /// Reads `length` bytes from `offset` straight into `into`, which has room for them. Past the end: 0 bytes.
     /// `rev`: that revision, the current one when null.
     std::optional<DocumentRange> readRange(const QString &docid, qint64 offset, qint64 length, char *into,
+                                           QBError *error, const QString &rev = {});
+    /// The same into a sink, as the bytes arrive.
+    std::optional<DocumentRange> readRange(const QString &docid, qint64 offset, qint64 length, ByteSink &into,
                                            QBError *error, const QString &rev = {});
 
     /// The whole document into the sink; the reply is its record.

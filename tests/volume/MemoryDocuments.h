@@ -3,13 +3,13 @@
 #include "volume/DocumentStore.h"
 #include "volume/Errno.h"
 
+#include "api/ByteSink.h"
 #include "api/ByteSource.h"
 
 #include <QHash>
 #include <QStringList>
 
 #include <cerrno>
-#include <cstring>
 #include <map>
 #include <mutex>
 
@@ -47,13 +47,12 @@ public:
                 found.append(item.document);
         return found;
     }
-    qint64 read(const volume::Document &document, qint64 offset, qint64 length, char *into) override
+    void read(const volume::Document &document, qint64 offset, qint64 length, ByteSink &into) override
     {
         note(QStringLiteral("read"));
         const std::lock_guard lock(mutex);
         const QByteArray part = revisions.value(document.id + document.rev).mid(offset, length);
-        std::memcpy(into, part.constData(), static_cast<std::size_t>(part.size()));
-        return part.size();
+        into.write(part.constData(), part.size());
     }
     volume::Document createFile(const QString &folderId, const QString &name, ByteSource &contents,
                                 qint64 modified) override

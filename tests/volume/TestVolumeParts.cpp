@@ -14,6 +14,7 @@
 #include <QTest>
 
 #include <atomic>
+#include <future>
 #include <random>
 #include <thread>
 #include <vector>
@@ -23,6 +24,11 @@ using namespace volume;
 
 namespace
 {
+QByteArray bytesOf(const BlockPointer &block)
+{
+    return {block->data(), block->size()};
+}
+
 template <typename Work> int errnoOf(Work work)
 {
     try {
@@ -66,6 +72,7 @@ private Q_SLOTS:
     void cachesBlocksWithinBounds();
     void fetchesABlockOnce();
     void forgetsFailedBlocks();
+    void givesOutARunAsItArrives();
     void listsOnceAndKeepsOwnChanges();
     void sharesOneFailure();
     void showsCategories();
@@ -194,10 +201,16 @@ void TestVolumeParts::readsAheadOnlyWhenItPays()
     constexpr qint64 block = BlockCache::blockSize;
     ReadAhead sequential;
     QCOMPARE(sequential.advance(0, 4096, 100 * block).count, 0); // a look at the head of a file asks for no more
+    qint64 told = 1;
     qint64 most = 0;
-    for (qint64 offset = 4096; offset < 20 * block; offset += 128 * 1024)
-        most = std::max(most, sequential.advance(offset, 128 * 1024, 100 * block).count);
-    QCOMPARE(most, ReadAhead::mostBlocks);
+    for (qint64 offset = 4096; offset < 20 * block; offset += 128 * 1024) {
+        const ReadAhead::Blocks soon = sequential.advance(offset, 128 * 1024, 100 * block);
+        QVERIFY(soon.count == 0 || soon.first == told); // each block once
+        told += soon.count;
+        most = std::max(most, soon.count);
+        QVERIFY(told > offset / block + 1 && told <= (offset + 128 * 1024) / block + 1 + ReadAhead::mostBlocks);
+    }
+    QVERIFY(most > ReadAhead::mostBlocks / 2); // several with one call
     const ReadAhead::Blocks last = sequential.advance(98 * block, block, 100 * block);
     QCOMPARE(last.count, 0); // a jump
     ReadAhead atEnd;
@@ -213,9 +226,10 @@ void TestVolumeParts::cachesBlocksWithinBounds()
     constexpr qint64 block = BlockCache::blockSize;
     std::atomic<int> fetches = 0;
     BlockCache cache(
-        [&](const Document &document, qint64 offset, qint64 length) {
+        [&](const Document &document, qint64 offset, qint64 length, ByteSink &into) {
             ++fetches;
-            return QByteArray(length, static_cast<char>((document.rev == u"2"_s ? 'k' : 'a') + offset / block));
+            const char letter = static_cast<char>((document.rev == u"2"_s ? 'k' : 'a') + offset / block);
+            into.write(QByteArray(length, letter).constData(), length);
         },
         3 * block);
     const Document old = file(u"a"_s, u"1"_s, 6 * block + 5);
@@ -243,20 +257,20 @@ void TestVolumeParts::fetchesABlockOnce()
     std::atomic<int> fetches = 0;
     std::atomic<bool> go = false;
     BlockCache cache(
-        [&](const Document &, qint64, qint64 length) {
+        [&](const Document &, qint64, qint64 length, ByteSink &into) {
             ++fetches;
             while (!go)
                 std::this_thread::yield();
-            return QByteArray(length, 'x');
+            into.write(QByteArray(length, 'x').constData(), length);
         },
         8 * BlockCache::blockSize);
     const Document document = file(u"a"_s, u"1"_s, 100);
-    cache.prefetch(document, 0);
+    cache.prefetch(document, 0, 1);
     std::vector<std::thread> readers;
     std::atomic<int> right = 0;
     for (int number = 0; number < 8; ++number)
-        readers.emplace_back([&] { right += cache.block(document, 0) == QByteArray(100, 'x'); });
-    cache.prefetch(document, 0);
+        readers.emplace_back([&] { right += bytesOf(cache.block(document, 0)) == QByteArray(100, 'x'); });
+    cache.prefetch(document, 0, 1);
     go = true;
     for (std::thread &reader : readers)
         reader.join();
@@ -268,16 +282,46 @@ void TestVolumeParts::forgetsFailedBlocks()
 {
     bool fails = true;
     BlockCache cache(
-        [&](const Document &, qint64, qint64 length) {
+        [&](const Document &, qint64, qint64, ByteSink &into) {
             if (fails)
                 throw Errno{EIO};
-            return QByteArray(length, 'x');
+            into.write("xxx", 3);
         },
         BlockCache::blockSize);
     const Document document = file(u"a"_s, u"1"_s, 3);
     QCOMPARE(errnoOf([&] { cache.block(document, 0); }), EIO);
     fails = false;
-    QCOMPARE(cache.block(document, 0), "xxx");
+    QCOMPARE(bytesOf(cache.block(document, 0)), "xxx");
+    QVERIFY2(errnoOf([&] { cache.block(file(u"short"_s, u"1"_s, 5), 0); }) == EIO, "never a part as the whole");
+}
+
+void TestVolumeParts::givesOutARunAsItArrives()
+{
+    constexpr qint64 block = BlockCache::blockSize;
+    std::promise<void> readFirst;
+    std::atomic<int> fetches = 0;
+    BlockCache cache(
+        [&](const Document &, qint64 offset, qint64 length, ByteSink &into) {
+            ++fetches;
+            const QByteArray bytes(length, static_cast<char>('a' + offset / block));
+            into.write(bytes.constData(), block + 1); // all of the first block and a byte of the next
+            if (fetches > 1)
+                return;
+            readFirst.get_future().wait();
+            into.write(bytes.constData(), length - block - 2); // cut before the end
+            throw Errno{ETIMEDOUT};
+        },
+        8 * block);
+    const Document document = file(u"a"_s, u"1"_s, 4 * block);
+    cache.prefetch(document, 1, 3);
+    QCOMPARE(cache.block(document, 1)->data()[block - 1], 'b');
+    readFirst.set_value();
+    QCOMPARE(cache.block(document, 2)->size(), block);
+    QCOMPARE(errnoOf([&] { cache.block(document, 3); }), ETIMEDOUT);
+    QCOMPARE(fetches, 1);
+    const Slices across = cache.slices(document, 2 * block - 3, 8);
+    QCOMPARE(across.size(), std::size_t(2));
+    QCOMPARE(across[1].length, 5);
 }
 
 void TestVolumeParts::listsOnceAndKeepsOwnChanges()

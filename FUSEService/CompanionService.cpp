@@ -71,6 +71,7 @@ bool CompanionService::listen()
 
 void CompanionService::stop()
 {
+    receiver->setHandler(nullptr);
     if (server)
         server->close();
     server.reset();

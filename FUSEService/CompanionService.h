@@ -25,6 +25,8 @@ public:
                      const QString &socketPath, std::function<bool()> mountVolume, QObject *parent = nullptr);
     ~CompanionService() override;
 
+    /// Who takes the manager's messages, on the connections' threads, until `stop`.
+    void setMessageHandler(MessageReceiver::Handler handler) { receiver->setHandler(std::move(handler)); }
     /// 0 when it serves; otherwise the exit code, after a log line that says why.
     int start();
     /// Closes the connections and removes the socket.

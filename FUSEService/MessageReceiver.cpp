@@ -2,16 +2,26 @@
 
 #include "platform/Log.h"
 
+void MessageReceiver::setHandler(Handler given)
+{
+    const std::lock_guard lock(handling);
+    handler = std::move(given);
+}
+
 void MessageReceiver::didReceiveData(GDUnixSocketServer &, const QByteArray &data, const QString &clientID)
 {
     QList<SocketMessage> messages;
     {
-        const QMutexLocker lock(&mutex);
+        const std::lock_guard lock(mutex);
         messages = splitters[clientID].feed(data);
     }
-    for (const SocketMessage &message : messages)
+    const std::lock_guard lock(handling);
+    for (const SocketMessage &message : messages) {
         platform::log(
             QStringLiteral("received %1 of %2 characters").arg(message.key.left(32)).arg(message.text.size()));
+        if (handler)
+            handler(message);
+    }
 }
 
 void MessageReceiver::didFailToReadForClientID(GDUnixSocketServer &, const QString &clientID, const QBError &)
@@ -26,6 +36,6 @@ void MessageReceiver::clientWithIDDidDisconnect(GDUnixSocketServer &, const QStr
 
 void MessageReceiver::forget(const QString &clientID)
 {
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard lock(mutex);
     splitters.remove(clientID);
 }

@@ -1,7 +1,10 @@
 #include "Arguments.h"
+#include "CacheClearing.h"
 #include "CompanionService.h"
 #include "CompanionStrings.h"
+#include "LinkOpener.h"
 #include "ManagerWatch.h"
+#include "Notice.h"
 #include "StopSignals.h"
 
 #include "files/QBFileSystemGuard.h"
@@ -14,6 +17,7 @@
 #include "volume/Volume.h"
 
 #include <QCoreApplication>
+#include <QUrl>
 
 namespace
 {
@@ -36,6 +40,25 @@ volume::Volume::Settings volumeSettings(const platform::Host &host)
     settings.core.guard = nameGuard();
     settings.rescueFolder = QBPathIndicator::pathForBackup();
     return settings;
+}
+
+/// The manager's bundle holds this one among its resources, and the program that shows messages beside its own.
+QString noticeProgram()
+{
+    return platform::Bundle::main().bundlePath() + QStringLiteral("/../../MacOS/QuillboxNotice");
+}
+
+LinkOpener::Steps linkSteps(volume::LinkLocator &links, Notice &notice)
+{
+    using Outcome = volume::LinkLocator::Outcome;
+    return {
+        .locate = [&links](const QString &link) { return links.locate(link); },
+        .openFolder = [](const QString &folder) { platform::host().workspace.openURL(QUrl::fromLocalFile(folder)); },
+        .tellUser =
+            [&notice](Outcome outcome) {
+                notice.show(outcome == Outcome::NoServer ? QStringLiteral("no-server")
+                                                         : QStringLiteral("link-not-found"));
+            }};
 }
 
 } // namespace
@@ -61,7 +84,11 @@ int main(int argc, char **argv)
         return CompanionStrings::NoSocket;
     }
     QBGlobeInformation &session = QBGlobeInformation::sharedGlobeInformation();
-    volume::Volume volume(session, platform::UserDefaults::standard(), volumeSettings(host));
+    const volume::Volume::Settings settings = volumeSettings(host);
+    volume::Volume volume(session, platform::UserDefaults::standard(), settings);
+    volume::LinkLocator links(volume.serverDocuments(), QBPathIndicator::pathForQuillboxVolume());
+    Notice notice(noticeProgram());
+    LinkOpener linkOpener(linkSteps(links, notice));
     CompanionService service(session, host.distributed,
                              host.folders.temporary() + u'/' + CompanionStrings::socketName(),
                              [&volume] { return volume.start(); });
@@ -69,9 +96,14 @@ int main(int argc, char **argv)
     QObject::connect(&watch, &ManagerWatch::managerEnded, &application, &QCoreApplication::quit);
     QObject::connect(&signals, &StopSignals::stopRequested, &application, &QCoreApplication::quit);
     QObject::connect(&service, &CompanionService::stopRequested, &application, &QCoreApplication::quit);
+    CacheClearing cache(QBClearCacheInformation::defaultClearCacheInformation(), session.account().userID,
+                        settings.core.stagingFolder);
+    service.setMessageHandler([&linkOpener](const SocketMessage &message) { linkOpener.open(message.text); });
     if (const int failure = service.start())
         return failure;
+    cache.seed();
     const int result = QCoreApplication::exec();
     volume.stop(); // before the socket goes, so that the next service meets neither
+    cache.clearIfWanted();
     return result;
 }

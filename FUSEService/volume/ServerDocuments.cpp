@@ -4,6 +4,7 @@
 #include "volume/ErrnoMap.h"
 #include "volume/Records.h"
 
+#include "files/Descriptor.h"
 #include "platform/Log.h"
 #include "state/QBGlobeInformation.h"
 
@@ -210,6 +211,19 @@ QString ServerDocuments::move(const Document &document, const QString &folderId)
                                  : networking.moveDirWithDocID(document.id, folderId, error);
     });
     return reply.value(u"docid"_s).toString(document.id);
+}
+
+QString ServerDocuments::pathOf(const QString &id)
+{
+    const QJsonObject reply =
+        ask("finding a document", [&](QBError *error) { return networking.getPathByDocID(id, error); });
+    return Descriptor::formatDocName(reply.value(u"namepath"_s).toString());
+}
+
+QString ServerDocuments::internalLinkPrefix()
+{
+    ask("reading the server's settings", [&](QBError *) { return networking.getServerConfig(); });
+    return networking.internalLinkPrefix();
 }
 
 void ServerDocuments::lock(const QString &id)

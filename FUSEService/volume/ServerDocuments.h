@@ -44,6 +44,11 @@ public:
     void unlock(const QString &id) override;
     Space space() override;
 
+    /// The document's path on the server, entry document first.
+    QString pathOf(const QString &id);
+    /// What the server's own links begin with, empty when it has no such thing.
+    QString internalLinkPrefix();
+
 private:
     /// What to call, for the log, and the call itself.
     template <typename Call> auto ask(const char *what, Call call);

@@ -32,6 +32,9 @@ public:
     /// Detaches the volume, saves what is unsaved for a bounded time and ends all calls.
     void stop();
 
+    /// The server behind the volume, for other questions about its documents.
+    ServerDocuments &serverDocuments() { return documents; }
+
 Q_SIGNALS:
     /// Somebody else detached the volume.
     void detached();

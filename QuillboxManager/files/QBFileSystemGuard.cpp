@@ -13,9 +13,10 @@ namespace
 /// Evaluates all of them, also after a match.
 bool anyMatches(const QList<QBFileSystemPredicate> &predicates, const QString &name)
 {
+    const quint64 letters = QBFileSystemPredicate::lettersOf(name);
     bool matched = false;
     for (const QBFileSystemPredicate &predicate : predicates)
-        matched |= predicate.matches(name);
+        matched |= predicate.matches(name, letters);
     return matched;
 }
 

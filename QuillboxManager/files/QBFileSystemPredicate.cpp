@@ -1,6 +1,15 @@
 #include "files/QBFileSystemPredicate.h"
 
-bool QBFileSystemPredicate::matches(const QString &name) const
+quint64 QBFileSystemPredicate::lettersOf(QStringView text)
+{
+    constexpr unsigned lastBits = 63;
+    quint64 letters = 0;
+    for (const QChar letter : text)
+        letters |= Q_UINT64_C(1) << (letter.unicode() & lastBits);
+    return letters;
+}
+
+bool QBFileSystemPredicate::compare(const QString &name) const
 {
     switch (kind) {
     case BeginsWith:

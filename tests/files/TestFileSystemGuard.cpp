@@ -157,12 +157,16 @@ void TestFileSystemGuard::shipsSensibleRules_data()
     QTest::addColumn<QString>("names");
     QTest::addColumn<int>("type");
     QTest::newRow("office") << u"~$plan.docx|~WRL0001.tmp|.~lock.a.odt#"_s << 2;
-    QTest::newRow("editors") << u".#notes.org|.goutputstream-X1Y2Z3|.fuse_hidden0000"_s << 2;
+    QTest::newRow("editors") << u".#notes.org|.goutputstream-X1Y2Z3|.fuse_hidden0000|.a.txt.swp|.b.md.swp|.a.txt.swo|"
+                                u".c.cpp.kate-swp|.a.txt.un~"_s
+                             << 2;
     QTest::newRow("metadata") << u".DS_Store|._plan.docx|Thumbs.db|desktop.ini|.directory|Icon\r"_s << 2;
-    QTest::newRow("downloads") << u"a.pdf.crdownload|a.pdf.part|a.pdf.download"_s << 2;
+    QTest::newRow("downloads") << u"a.pdf.crdownload|a.pdf.part|a.pdf.download|a.pdf.partial|.com.google.Chrome.x1Y2"_s
+                               << 2;
     QTest::newRow("forbidden") << u".Trash-1000|.Trashes|$RECYCLE.BIN|System Volume Information|.fseventsd"_s << 1;
     QTest::newRow("people's own")
-        << u"~|a~|notes.txt~|macro.swp|x.tmp|.|..|.hidden|.git|#1 plan.txt|$a|a~$b|a.part1.rar|part|Trash|"
+        << u"~|a~|notes.txt~|macro.swp|.macro.swp|partial|x.tmp|.|..|.hidden|.git|#1 "
+           u"plan.txt|$a|a~$b|a.part1.rar|part|Trash|"
            u"thumbs.DB|My desktop.ini|.DS_Store.txt|报告.docx|_.txt|.lock|a.lock|Icon|.download.txt"_s
         << 0;
 }

@@ -6,7 +6,9 @@
 #include "shell/AppDelegate.h"
 #include "shell/ExitSignals.h"
 #include "shell/ProcessEnd.h"
+#include "shell/SignalHandler.h"
 #include "shell/SingleInstance.h"
+#include "shell/UncaughtExceptionHandler.h"
 #include "ui/StyleKit.h"
 #include "ui/TestIdentifiers.h"
 
@@ -17,6 +19,8 @@ int main(int argc, char **argv)
 {
     // The embedded browser paints by itself; without this every start loads the desktop's graphics drivers.
     qputenv("QT_XCB_GL_INTEGRATION", "none");
+    UncaughtExceptionHandler::installUncaughtExceptionHandler();
+    SignalHandler::installSignalHandler();
     const platform::Bundle &bundle = platform::Bundle::main();
     if (shell::SingleInstance::yieldToOtherCopy(platform::host(), bundle, argc, argv))
         return 0;

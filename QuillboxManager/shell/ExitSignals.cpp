@@ -19,11 +19,14 @@ std::array<struct sigaction, 3> previous;
 int writing = -1;
 int reading = -1;
 
-/// Only what may be done inside a signal handler.
-void passOn(int)
+/// Only what may be done inside a signal handler. Whoever captures crashes hears of the signal too.
+void passOn(int number, siginfo_t *information, void *context)
 {
     const char byte = 0;
     [[maybe_unused]] const ssize_t written = ::write(writing, &byte, 1);
+    for (std::size_t index = 0; index < Signals.size(); ++index)
+        if (Signals[index] == number && (previous[index].sa_flags & SA_SIGINFO) != 0)
+            previous[index].sa_sigaction(number, information, context);
 }
 } // namespace
 
@@ -41,8 +44,8 @@ ExitSignals::ExitSignals(std::function<void()> onSignal, QObject *parent)
         requested();
     });
     struct sigaction action = {};
-    action.sa_handler = passOn;
-    action.sa_flags = SA_RESTART;
+    action.sa_sigaction = passOn;
+    action.sa_flags = SA_SIGINFO | SA_ONSTACK | SA_RESTART;
     for (std::size_t index = 0; index < Signals.size(); ++index)
         ::sigaction(Signals[index], &action, &previous[index]);
 }

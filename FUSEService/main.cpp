@@ -6,10 +6,13 @@
 #include "ManagerWatch.h"
 #include "Notice.h"
 #include "StopSignals.h"
+#include "UserDocuments.h"
+#include "UserRequests.h"
 
 #include "files/QBFileSystemGuard.h"
 #include "files/QBPathIndicator.h"
 #include "platform/Bundle.h"
+#include "platform/Dispatch.h"
 #include "platform/Host.h"
 #include "platform/Log.h"
 #include "platform/UserDefaults.h"
@@ -19,8 +22,12 @@
 #include <QCoreApplication>
 #include <QUrl>
 
+#include <cstdlib>
+
 namespace
 {
+
+constexpr std::chrono::seconds PatienceAtTheEnd{2};
 
 /// The rules are the manager's, whose bundle holds this one among its resources.
 volume::Names::Guard nameGuard()
@@ -46,6 +53,23 @@ volume::Volume::Settings volumeSettings(const platform::Host &host)
 QString noticeProgram()
 {
     return platform::Bundle::main().bundlePath() + QStringLiteral("/../../MacOS/QuillboxNotice");
+}
+
+QString panelProgram()
+{
+    return platform::Bundle::main().bundlePath() + QStringLiteral("/../../MacOS/QuillboxPanel");
+}
+
+UserRequests::Surroundings requestSurroundings(volume::Volume &volume, const platform::Host &host)
+{
+    const QString mountPoint = QBPathIndicator::pathForQuillboxVolume();
+    const auto documents = std::make_shared<UserDocuments>(volume.serverDocuments(), mountPoint);
+    return {.panelProgram = panelProgram(),
+            .itemsFolder = host.folders.temporary(),
+            .volume = mountPoint,
+            .transfers = [&volume, mountPoint] { return UserRequests::transfersOf(volume.unsavedPaths(), mountPoint); },
+            .favorites = [documents] { return documents->favorites(); },
+            .uploadFolder = [documents] { return documents->ownFolder(); }};
 }
 
 LinkOpener::Steps linkSteps(volume::LinkLocator &links, Notice &notice)
@@ -89,6 +113,8 @@ int main(int argc, char **argv)
     volume::LinkLocator links(volume.serverDocuments(), QBPathIndicator::pathForQuillboxVolume());
     Notice notice(noticeProgram());
     LinkOpener linkOpener(linkSteps(links, notice));
+    UserRequests requests(requestSurroundings(volume, host));
+    requests.observe(host.distributed);
     CompanionService service(session, host.distributed,
                              host.folders.temporary() + u'/' + CompanionStrings::socketName(),
                              [&volume] { return volume.start(); });
@@ -105,5 +131,8 @@ int main(int argc, char **argv)
     const int result = QCoreApplication::exec();
     volume.stop(); // before the socket goes, so that the next service meets neither
     cache.clearIfWanted();
+    // Answers in progress speak to the server of the volume, which goes next.
+    if (!platform::drainBackground(PatienceAtTheEnd))
+        std::_Exit(result);
     return result;
 }

@@ -226,6 +226,23 @@ QString ServerDocuments::internalLinkPrefix()
     return networking.internalLinkPrefix();
 }
 
+QSet<QString> ServerDocuments::favoritesAmong(const QList<Document> &found)
+{
+    constexpr qsizetype idsPerCall = 200;
+    QSet<QString> favorites;
+    for (qsizetype first = 0; first < found.size(); first += idsPerCall) {
+        QJsonArray ids;
+        for (const Document &document : found.mid(first, idsPerCall))
+            ids.append(document.id);
+        const QJsonArray answers =
+            ask("reading the favourites", [&](QBError *error) { return networking.checkFileFavorite(ids, error); });
+        for (const QJsonValue answer : answers)
+            if (answer.toObject().value(u"favorited").toBool())
+                favorites.insert(answer.toObject().value(u"docid").toString());
+    }
+    return favorites;
+}
+
 void ServerDocuments::lock(const QString &id)
 {
     ask("locking a file", [&](QBError *error) { return networking.requestLockFileWithDocID(id, false, error); });

@@ -6,6 +6,8 @@
 #include "api/HttpTransport.h"
 #include "api/QBNetworking.h"
 
+#include <QSet>
+
 #include <chrono>
 #include <functional>
 #include <mutex>
@@ -48,6 +50,8 @@ public:
     QString pathOf(const QString &id);
     /// What the server's own links begin with, empty when it has no such thing.
     QString internalLinkPrefix();
+    /// The ids of those that are the user's favourites.
+    QSet<QString> favoritesAmong(const QList<Document> &found);
 
 private:
     /// What to call, for the log, and the call itself.

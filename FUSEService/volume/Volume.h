@@ -34,6 +34,8 @@ public:
 
     /// The server behind the volume, for other questions about its documents.
     ServerDocuments &serverDocuments() { return documents; }
+    /// See VolumeTree. Any thread.
+    QStringList unsavedPaths() { return core.tree().unsavedPaths(); }
 
 Q_SIGNALS:
     /// Somebody else detached the volume.

@@ -168,6 +168,24 @@ void VolumeTree::saveAll()
     }
 }
 
+QStringList VolumeTree::unsavedPaths() const
+{
+    QStringList paths;
+    for (Node node : nodes.unsaved()) {
+        try {
+            QStringList steps{node.name};
+            while (node.parent != NodeTable::rootInode) {
+                node = nodes.node(node.parent);
+                steps.prepend(node.name);
+            }
+            paths.append(steps.join(u'/'));
+        } catch (const Errno &) {
+            // It lost its place meanwhile.
+        }
+    }
+    return paths;
+}
+
 void VolumeTree::rescueUnsaved(const QString &folder)
 {
     for (const Node &node : nodes.unsaved()) {

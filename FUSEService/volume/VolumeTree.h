@@ -5,6 +5,8 @@
 #include "volume/NodeTable.h"
 #include "volume/OpenFile.h"
 
+#include <QStringList>
+
 namespace volume
 {
 
@@ -52,6 +54,8 @@ public:
     void close(Inode inode, Closing who);
     /// Tries to save everything.
     void saveAll();
+    /// Paths, from the volume on, of the files whose contents are not on the server yet.
+    QStringList unsavedPaths() const;
     /// Copies what could not be saved to that folder, which is made, and tells where in the log.
     void rescueUnsaved(const QString &folder);
 

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "panel/PanelItems.h"
+
+#include <chrono>
+
+namespace volume
+{
+class ServerDocuments;
+}
+
+/// What the user keeps where, asked of the server. Blocks; any thread.
+class UserDocuments
+{
+public:
+    static constexpr qsizetype MaximumDocuments = 20'000;
+    static constexpr std::chrono::seconds MaximumTime{20};
+
+    /// `mountPoint`: where the documents are mounted.
+    UserDocuments(volume::ServerDocuments &serverDocuments, const QString &mountPoint)
+        : documents(serverDocuments), volumePath(mountPoint)
+    {
+    }
+
+    /// Looks through the folders from the top, as the server has no list of favourites. What was found so far when the
+    /// server fails or a bound is reached.
+    QList<PanelItem> favorites();
+    /// The first folder for documents of the user's own, null when the server tells none.
+    QString ownFolder();
+
+private:
+    volume::ServerDocuments &documents;
+    const QString volumePath;
+};

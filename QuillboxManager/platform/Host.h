@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/DistributedNotificationCenter.h"
+#include "platform/UserNotifications.h"
 
 #include <QList>
 #include <QString>
@@ -137,6 +138,7 @@ struct Host {
     LaunchEvents &launchEvents;
     Scripts &scripts;
     DistributedNotificationCenter &distributed;
+    UserNotifications &userNotifications;
 };
 
 /// The host this build runs on. Made on first use; the parts that speak to the session bus connect on first use of

@@ -4,6 +4,7 @@
 #include "login/LoginVerifyWindowController.h"
 #include "login/LoginWindowController.h"
 #include "login/QBChangePasswordController.h"
+#include "login/ResetPWWindowController.h"
 #include "login/ServerSettingWindowController.h"
 
 namespace shell
@@ -22,6 +23,7 @@ LoginWindowFactory LoginWindowFactory::standard()
             },
         .serverSetting = [] { return std::make_unique<ServerSettingWindowController>(); },
         .loginVerify = [] { return std::make_unique<LoginVerifyWindowController>(); },
+        .resetPassword = [] { return std::make_unique<ResetPWWindowController>(); },
         .changePassword = [] { return std::make_unique<QBChangePasswordController>(); },
         .thirdLogin = [thirdLogin] { return thirdLogin->window(); },
     };

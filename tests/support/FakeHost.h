@@ -140,6 +140,15 @@ struct FakeDistributedNotifications : platform::DistributedNotificationCenter {
     void arrive(const QString &name, const QVariantMap &userInfo = {}) { center.post(name, {}, userInfo); }
 };
 
+struct FakeUserNotifications : platform::UserNotifications {
+    QStringList scheduled; ///< "title: text"
+
+    void schedule(const QString &title, const QString &informativeText) override
+    {
+        scheduled.append(title + QStringLiteral(": ") + informativeText);
+    }
+};
+
 /// All doubles and the bundle of references that the product takes.
 struct FakeHost {
     explicit FakeHost(const QString &rootFolder = {}) : folders(rootFolder) {}
@@ -155,7 +164,9 @@ struct FakeHost {
     FakeLaunchEvents launchEvents;
     FakeScripts scripts;
     FakeDistributedNotifications distributed;
-    platform::Host host{workspace, volumes, device, folders, driver, sidebar, launchEvents, scripts, distributed};
+    FakeUserNotifications userNotifications;
+    platform::Host host{workspace, volumes,      device,  folders,     driver,
+                        sidebar,   launchEvents, scripts, distributed, userNotifications};
 };
 
 } // namespace testing

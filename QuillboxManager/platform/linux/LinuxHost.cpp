@@ -11,6 +11,7 @@
 #include "platform/linux/LinuxReducedMotion.h"
 #include "platform/linux/LinuxScripts.h"
 #include "platform/linux/LinuxSidebarFavorites.h"
+#include "platform/linux/LinuxUserNotifications.h"
 #include "platform/linux/LinuxVolumes.h"
 #include "platform/linux/LinuxWorkspace.h"
 #include "platform/linux/SessionBus.h"
@@ -49,9 +50,10 @@ struct LinuxHost {
     LinuxSidebarFavorites sidebar{linuxFolders()};
     LinuxLaunchEvents launchEvents{bus};
     LinuxDistributedNotifications distributed{bus};
-    Host host{workspace, volumes, device, linuxFolders(), driver, sidebar, launchEvents, scripts, distributed};
+    LinuxUserNotifications userNotifications{bus};
+    Host host{workspace, volumes,      device,  linuxFolders(), driver,
+              sidebar,   launchEvents, scripts, distributed,    userNotifications};
 };
-
 
 LinuxHost &linuxHost()
 {

@@ -1,5 +1,7 @@
 #include "StopSignals.h"
 
+#include <QFile>
+
 #include <csignal>
 
 #include <sys/signalfd.h>
@@ -32,8 +34,20 @@ StopSignals::StopSignals(QObject *parent) : QObject(parent)
     notifier = std::make_unique<QSocketNotifier>(handle, QSocketNotifier::Read);
     connect(notifier.get(), &QSocketNotifier::activated, this, [this] {
         notifier->setEnabled(false);
-        Q_EMIT stopRequested();
+        take();
     });
+}
+
+void StopSignals::take()
+{
+    signalfd_siginfo information = {};
+    if (::read(handle, &information, sizeof information) != sizeof information)
+        return Q_EMIT stopRequested(QStringLiteral("of a signal"));
+    QFile name(QStringLiteral("/proc/%1/comm").arg(information.ssi_pid));
+    const QByteArray program = name.open(QIODevice::ReadOnly) ? name.readAll().trimmed() : QByteArray("gone");
+    Q_EMIT stopRequested(QStringLiteral("of signal %1 from process %2 (%3)")
+                             .arg(QString::number(information.ssi_signo), QString::number(information.ssi_pid),
+                                  QString::fromUtf8(program)));
 }
 
 StopSignals::~StopSignals()

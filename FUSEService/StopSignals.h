@@ -17,9 +17,12 @@ public:
     ~StopSignals() override;
 
 Q_SIGNALS:
-    void stopRequested();
+    /// `cause`: which signal came from whom, to follow "because".
+    void stopRequested(const QString &cause);
 
 private:
+    void take();
+
     int handle = -1;
     std::unique_ptr<QSocketNotifier> notifier;
 };

@@ -85,6 +85,22 @@ LinkOpener::Steps linkSteps(volume::LinkLocator &links, Notice &notice)
             }};
 }
 
+/// Ends the event loop. Several causes may come together: the log names the first.
+class StopCause
+{
+public:
+    void because(QStringView cause)
+    {
+        if (!told)
+            platform::log(QStringLiteral("FUSEService: stopping because %1").arg(cause));
+        told = true;
+        QCoreApplication::quit();
+    }
+
+private:
+    bool told = false;
+};
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -118,10 +134,11 @@ int main(int argc, char **argv)
     CompanionService service(session, host.distributed,
                              host.folders.temporary() + u'/' + CompanionStrings::socketName(),
                              [&volume] { return volume.start(); });
-    QObject::connect(&volume, &volume::Volume::detached, &application, &QCoreApplication::quit);
-    QObject::connect(&watch, &ManagerWatch::managerEnded, &application, &QCoreApplication::quit);
-    QObject::connect(&signals, &StopSignals::stopRequested, &application, &QCoreApplication::quit);
-    QObject::connect(&service, &CompanionService::stopRequested, &application, &QCoreApplication::quit);
+    StopCause stop;
+    QObject::connect(&volume, &volume::Volume::detached, [&] { stop.because(u"somebody else detached the volume"); });
+    QObject::connect(&watch, &ManagerWatch::managerEnded, [&] { stop.because(u"its manager has ended"); });
+    QObject::connect(&signals, &StopSignals::stopRequested, [&](const QString &cause) { stop.because(cause); });
+    QObject::connect(&service, &CompanionService::stopRequested, [&] { stop.because(u"the stop notification came"); });
     CacheClearing cache(QBClearCacheInformation::defaultClearCacheInformation(), session.account().userID,
                         settings.core.stagingFolder);
     service.setMessageHandler([&linkOpener](const SocketMessage &message) { linkOpener.open(message.text); });

@@ -26,8 +26,10 @@ void prepareWakeUp()
 struct LoopSettings {
     LoopSettings() : value(fuse_loop_cfg_create())
     {
-        constexpr unsigned mostThreads = 64; // calls that wait for the server must not keep others waiting
+        constexpr unsigned mostThreads = 64;    // calls that wait for the server must not keep others waiting
+        constexpr unsigned mostIdleThreads = 8; // each holds a buffer for the longest write
         fuse_loop_cfg_set_max_threads(value, mostThreads);
+        fuse_loop_cfg_set_idle_threads(value, mostIdleThreads);
         fuse_loop_cfg_set_clone_fd(value, 0);
     }
     ~LoopSettings() { fuse_loop_cfg_destroy(value); }

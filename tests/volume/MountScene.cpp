@@ -164,6 +164,18 @@ QString ServerScene::idOf(const QString &path)
     return id;
 }
 
+QStringList ServerScene::names(const QString &path)
+{
+    const QString id = path.isNull() ? ownEntry() : idOf(path);
+    const ServerReply listing = networking->requestDirectoryListWithDocID(id, false, nullptr);
+    QStringList found;
+    for (const QString &kind : {u"dirs"_s, u"files"_s})
+        for (const QJsonValue &record : listing ? listing->value(kind).toArray() : QJsonArray())
+            found.append(record.toObject().value(u"name"_s).toString());
+    found.sort();
+    return found;
+}
+
 QByteArray ServerScene::contents(const QString &path)
 {
     const QString id = idOf(path);

@@ -41,6 +41,8 @@ public:
     QString ownEntry();
     /// Id of a path below the user's own documents, null when there is nothing.
     QString idOf(const QString &path);
+    /// Of all in a folder below the user's own documents (they themselves: null), sorted.
+    QStringList names(const QString &path);
     /// Contents on the server, null when there is no such file.
     QByteArray contents(const QString &path);
     /// The file's lock on the server.

@@ -128,7 +128,10 @@ int TestMountFaults::failureOf(const QString &operation) const
         return ::mkdir(path(u"new folder"_s).constData(), 0700) == 0 ? 0 : errno;
     if (operation == u"unlink"_s)
         return ::unlink(path(u"small"_s).constData()) == 0 ? 0 : errno;
-    return ::rename(path(u"small"_s).constData(), path(u"smaller"_s).constData()) == 0 ? 0 : errno;
+    if (operation == u"rmdir"_s)
+        return ::rmdir(path(u"folder"_s).constData()) == 0 ? 0 : errno;
+    const QStringList names = operation.split(u'>');
+    return ::rename(path(names.first()).constData(), path(names.last()).constData()) == 0 ? 0 : errno;
 }
 
 void TestMountFaults::tellsServerErrors_data()
@@ -152,8 +155,16 @@ void TestMountFaults::tellsServerErrors_data()
     row(u"dir.create"_s, 403171, u"mkdir"_s, EROFS);
     row(u"dir.create"_s, 403039, u"mkdir"_s, EEXIST);
     row(u"file.delete"_s, 403002, u"unlink"_s, EACCES);
-    row(u"file.rename"_s, 403182, u"rename"_s, EPERM);
-    row(u"file.rename"_s, 403031, u"rename"_s, EBUSY);
+    row(u"file.rename"_s, 403182, u"small>smaller"_s, EPERM);
+    row(u"file.rename"_s, 403031, u"small>smaller"_s, EBUSY);
+    row(u"file.move"_s, 403002, u"small>folder/small"_s, EACCES);
+    row(u"file.move"_s, 403175, u"small>folder/smaller"_s, EBUSY); // the new name is taken back
+    row(u"file.move"_s, 403001, u"small>folder/small"_s, EDQUOT);
+    row(u"dir.move"_s, 403176, u"folder>place/folder"_s, EBUSY);
+    row(u"dir.rename"_s, 403002, u"folder>other"_s, EACCES);
+    row(u"dir.rename"_s, 403176, u"folder>other"_s, EBUSY);
+    row(u"dir.delete"_s, 403002, u"rmdir"_s, EACCES);
+    row(u"dir.delete"_s, 403176, u"rmdir"_s, EBUSY);
 }
 
 void TestMountFaults::tellsServerErrors()
@@ -164,13 +175,20 @@ void TestMountFaults::tellsServerErrors()
     QFETCH(int, number);
     QCOMPARE(readFile(u"old"_s), pattern(3 * 1024 * 1024));
     ::mkdir(path(u"folder"_s).constData(), 0700);
+    ::mkdir(path(u"place"_s).constData(), 0700);
     QVERIFY(::access(path(u"small"_s).constData(), F_OK) == 0); // its listing is known
+    const QStringList names = server->names({});
     QVERIFY(server->setScenario({{u"fail"_s, QJsonObject{{call, code}}}}));
     QCOMPARE(failureOf(operation), number);
-    QVERIFY(service->says(QString::number(code)));
+    const QString line = u"failed: com.velto %1 "_s.arg(code);
+    QVERIFY(service->says(line));
+    if (operation != u"list"_s && operation != u"read"_s) // which the kernel tries again
+        QCOMPARE(service->log().count(line), 1);
     QVERIFY(server->setScenario({}));
     QCOMPARE(server->contents(u"small"_s), "small");
-    QVERIFY(server->idOf(u"made"_s).isNull());
+    QCOMPARE(server->names({}), names);
+    QVERIFY(server->names(u"folder"_s).isEmpty());
+    QVERIFY(server->names(u"place"_s).isEmpty());
     if (operation == u"overwrite"_s) // what waited to be saved, or nothing
         QCOMPARE(writeFile(u"small"_s, "small", O_TRUNC), 0);
     else if (operation == u"create"_s)
@@ -179,8 +197,11 @@ void TestMountFaults::tellsServerErrors()
 
 void TestMountFaults::keepsWhatCouldNotBeSaved()
 {
-    QVERIFY(server->setScenario({{u"fail"_s, QJsonObject{{u"file.upload"_s, 403001}}}}));
+    QVERIFY(server->setScenario({{u"documents"_s, QJsonObject{{u"quota"_s, 1}}}}));
     QCOMPARE(writeFile(u"kept"_s, "kept"), EDQUOT);
+    QVERIFY(service->says(u"failed: com.velto 403001 "_s));
+    QCOMPARE(service->log().count(u"failed: com.velto 403001 "_s), 1);
+    QVERIFY(server->idOf(u"kept"_s).isNull());
     QCOMPARE(readFile(u"kept"_s), "kept");
     QCOMPARE(runScript(home, u"ls kept"_s).output, "kept\n");
     QVERIFY(server->setScenario({}));
@@ -302,6 +323,13 @@ void TestMountFaults::stops()
         ::close(file);
     }
     QCOMPARE(service->ended(), 0);
+    const QString cause = QHash<QString, QString>{{u"notification"_s, u"the stop notification came"_s},
+                                                  {u"manager"_s, u"its manager has ended"_s},
+                                                  {u"signal"_s, u"of signal 15"_s},
+                                                  {u"detached"_s, u"somebody else detached the volume"_s}}
+                              .value(how);
+    QCOMPARE(service->log().count(u"FUSEService: stopping because "_s), 1);
+    QVERIFY2(service->log().contains(cause), qPrintable(service->log()));
     QVERIFY(!service->isMounted());
     if (busy && how != u"detached"_s)
         ::close(file);

@@ -6,12 +6,12 @@
 #include "platform/LaunchRequest.h"
 #include "platform/Log.h"
 #include "platform/Task.h"
-#include "shell/AppUpdateFlag.h"
 #include "shell/FirstRunRegistration.h"
 #include "shell/ShellStrings.h"
 #include "state/NotificationNames.h"
 #include "ui/Application.h"
 #include "ui/StyleKit.h"
+#include "update/AppUpdateFlag.h"
 
 #include <utility>
 
@@ -52,8 +52,8 @@ AppDelegate::AppDelegate(shell::ShellContext given)
       serverCheck(context.networking, context.defaults), loginSuccess(context.networking),
       flow(context.networking, context.center, context.windows, *this),
       quickStart(context.networking, context.bundle.shortVersion()),
-      updatePrompt(context.present), menu([this](int tag) { return validateUserInterfaceItem(tag); }),
-      item(*menu.menu(), context.makeTrayHost())
+      updateFlow(context.networking, context.bundle, context.installer, *this, flow),
+      menu([this](int tag) { return validateUserInterfaceItem(tag); }), item(*menu.menu(), context.makeTrayHost())
 {
     awakeFromNib();
     Application::setTerminateHandler([this] { terminate(); });
@@ -144,9 +144,12 @@ void AppDelegate::registerAppleEvent()
 
 void AppDelegate::applicationShouldHandleReopen()
 {
-    const bool hasVisibleWindows = flow.hasVisibleWindow() || (agreement && agreement->isVisible());
+    const bool hasVisibleWindows =
+        updateFlow.hasVisibleWindow() || flow.hasVisibleWindow() || (agreement && agreement->isVisible());
     const bool signedIn = launched && context.networking.isLogin();
-    if (hasVisibleWindows)
+    if (updateFlow.hasVisibleWindow())
+        updateFlow.activateVisibleWindow();
+    else if (hasVisibleWindows)
         flow.activateVisibleWindow();
     else if (signedIn)
         showQuillboxVolume();
@@ -198,7 +201,7 @@ void AppDelegate::handleLoginStatusDidChanged()
 void AppDelegate::showAgreement(const QString &text)
 {
     closeAgreement();
-    agreement = std::make_unique<shell::AgreementDialog>(context.networking, context.center, context.present);
+    agreement = std::make_unique<UserProtocolWindowController>(context.networking, context.center);
     agreement->loadUserProtocol(text);
     agreement->showWindow();
     agreement->center();
@@ -344,8 +347,7 @@ void AppDelegate::applicationWillTerminate()
     if (std::exchange(willTerminate, true))
         return;
     watch.suspend();
-    shell::setShownUpdateWindow(
-        context.bundle.pathForResource(ShellStrings::updateStateResource(), ShellStrings::updateStateType()), false);
+    setShownUpdateWindow(context.bundle, false);
     closeQuillboxVolume();
     removeSidebarVolume(ShellStrings::sidebarName());
 }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "login/ShowUpdateVersionDelegate.h"
-#include "shell/AgreementDialog.h"
+#include "login/UserProtocolWindowController.h"
 #include "shell/LoginFlow.h"
 #include "shell/LoginSuccess.h"
 #include "shell/QuickStart.h"
@@ -15,7 +15,8 @@
 #include "shell/StatusItem.h"
 #include "shell/StatusMenu.h"
 #include "shell/Termination.h"
-#include "shell/UpdatePrompt.h"
+#include "shell/UpdateFlow.h"
+#include "update/DownloadDelegates.h"
 
 #include <QObject>
 
@@ -24,7 +25,7 @@
 
 /// The application's one controller: decides the order of things and hands each duty to the part that knows it. Main
 /// thread. Nothing here blocks; what waits for a server, a process or a volume goes on when the answer is there.
-class AppDelegate : public QObject, public ShowUpdateVersionDelegate
+class AppDelegate : public QObject, public ShowUpdateVersionDelegate, public UpdateDownloadProgressDelegate
 {
     Q_OBJECT
 public:
@@ -76,6 +77,10 @@ public:
     {
         showUpdateQBVersionWindow(serverSettingWindowShows);
     }
+    // From the installer's thread; the work is done on the main one.
+    void updateDownloadAppProgress(double percent) override;
+    void doSthDownloadAppVersionComplete() override;
+    void doSthDownloadEroor() override;
 
     // Menu.
     void showQuillboxWindow() { showQuillboxVolume(); }
@@ -115,8 +120,6 @@ private:
     void closeAgreement();
     void addRunTimeEntries(const ServerReply &user, const ServerReply &config);
     void removeRunTimeEntries();
-    void followUpdateChoice(shell::UpdateChoice choice, bool fromServerSetting);
-    void goOnWithoutUpdate(bool fromServerSetting);
     void openHelp(const QString &key);
     void finish();
 
@@ -131,10 +134,10 @@ private:
     shell::LoginSuccess loginSuccess;
     shell::LoginFlow flow;
     shell::QuickStart quickStart;
-    shell::UpdatePrompt updatePrompt;
+    shell::UpdateFlow updateFlow;
     shell::StatusMenu menu;
     shell::StatusItem item;
-    std::unique_ptr<shell::AgreementDialog> agreement;
+    std::unique_ptr<UserProtocolWindowController> agreement;
     std::unique_ptr<SearchWindowsController> searchWindow;
     std::unique_ptr<SettingWindowsController> settingsWindow;
     quint64 session = 0;   ///< counts sign-ins and sign-outs, so that late replies of an earlier one are dropped

@@ -5,7 +5,6 @@
 #include "platform/Host.h"
 #include "platform/Localization.h"
 #include "platform/Log.h"
-#include "shell/AppUpdateFlag.h"
 #include "shell/PasswordControl.h"
 #include "shell/ShellStrings.h"
 #include "shell/VersionComparison.h"
@@ -247,30 +246,24 @@ void AppDelegate::performQuitApp()
 
 void AppDelegate::showUpdateQBVersionWindow(bool fromServerSetting)
 {
-    platform::dispatchMain(this, [this, fromServerSetting] {
-        updatePrompt.show(
-            context.networking.dicUpdateVersion(), context.bundle.shortVersion(),
-            [this, fromServerSetting](shell::UpdateChoice choice) { followUpdateChoice(choice, fromServerSetting); });
+    platform::dispatchMain(this,
+                           [this, fromServerSetting] { updateFlow.showUpdateQBVersionWindow(fromServerSetting); });
+}
+
+void AppDelegate::updateDownloadAppProgress(double percent)
+{
+    platform::dispatchMain(this, [this, percent] { updateFlow.showProgress(percent); });
+}
+
+void AppDelegate::doSthDownloadAppVersionComplete()
+{
+    platform::dispatchMain(this, [this] {
+        updateFlow.closeProgress();
+        terminate();
     });
 }
 
-void AppDelegate::followUpdateChoice(shell::UpdateChoice choice, bool fromServerSetting)
+void AppDelegate::doSthDownloadEroor()
 {
-    const ServerReply answer = context.networking.dicUpdateVersion();
-    shell::setShownUpdateWindow(
-        context.bundle.pathForResource(ShellStrings::updateStateResource(), ShellStrings::updateStateType()), true);
-    if (choice == shell::UpdateChoice::Update)
-        context.host.workspace.openURL(shell::downloadPage(answer));
-    if (shell::updateAnswer(answer) == shell::UpdateAnswer::Forced)
-        terminate();
-    else
-        goOnWithoutUpdate(fromServerSetting);
-}
-
-void AppDelegate::goOnWithoutUpdate(bool fromServerSetting)
-{
-    if (fromServerSetting)
-        flow.serverWindowDisappear();
-    else
-        showLoginWindowAllowAutoLogin(true);
+    platform::dispatchMain(this, [this] { updateFlow.closeProgress(); });
 }

@@ -195,6 +195,16 @@ void LoginFlow::serverWindowDisappear()
         serverSetting->performDisappear();
 }
 
+void LoginFlow::displayInServerSettingWindow(const QString &text)
+{
+    ensureServerSettingWindow();
+    if (!serverSetting)
+        return;
+    if (!serverSetting->isVisible())
+        serverSetting->showServerSettingWindowWithCode(0);
+    serverSetting->DisplayServerSettingWindow(text);
+}
+
 void LoginFlow::showChangePasswordWindow()
 {
     retire(changePassword);

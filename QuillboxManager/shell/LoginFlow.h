@@ -48,6 +48,10 @@ public:
     void closeLoginWindow();
     /// The user put the update off in the server window.
     void serverWindowDisappear();
+    /// Makes the server window when there is none.
+    void ensureServerSettingWindow();
+    /// Shows an error line in the server window, and the window, which may be left without another server.
+    void displayInServerSettingWindow(const QString &text);
 
     bool canChangePassword() const { return static_cast<bool>(factory.changePassword); }
     void showChangePasswordWindow();
@@ -64,7 +68,6 @@ private:
     void observe(const QString &name, void (LoginFlow::*handler)());
     void newLoginWindow();
     void newServerSettingWindow();
-    void ensureServerSettingWindow();
     void flip(bool right, QBWindowController *from, QBWindowController *to);
 
     QBNetworking &networking;

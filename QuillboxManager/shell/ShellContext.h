@@ -8,6 +8,7 @@
 #include "shell/LoginWindowFactory.h"
 #include "shell/SettingWindowsController.h"
 #include "shell/TrayHost.h"
+#include "update/DownloadApp.h"
 
 #include <chrono>
 #include <functional>
@@ -38,6 +39,7 @@ struct ShellContext {
     std::chrono::milliseconds serviceWatchInterval{2000};
     std::chrono::milliseconds forwardingRetry{5000};
     std::function<void()> endEventLoop;
+    std::function<DownloadApp &()> installer = DownloadApp::sharedDownloadApp;
 
     /// The running application's.
     static ShellContext ofApplication();

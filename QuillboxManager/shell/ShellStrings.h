@@ -31,11 +31,6 @@ QUILLBOX_TEXT(extensionToolAdd, "-a")
 QUILLBOX_TEXT(brandingFirst, "first")
 QUILLBOX_TEXT(brandingFirstDone, "yes")
 
-// Update state.
-QUILLBOX_TEXT(updateStateResource, "AppUpdate")
-QUILLBOX_TEXT(updateStateType, "plist")
-QUILLBOX_TEXT(shownUpdateWindow, "ShownUpdateWindow")
-
 // Fonts.
 QUILLBOX_TEXT(fontFile, "SourceHanSansSC-Normal.otf")
 QUILLBOX_TEXT(fontResource, "SourceHanSansSC/SourceHanSansSC-Normal.otf")
@@ -69,11 +64,6 @@ QUILLBOX_TEXT(bash, "/bin/bash")
 QUILLBOX_TEXT(sh, "/bin/sh")
 
 // Keys of server replies.
-QUILLBOX_TEXT(resultKey, "result")
-QUILLBOX_TEXT(resultOk, "ok")
-QUILLBOX_TEXT(resultForced, "forced")
-QUILLBOX_TEXT(latestKey, "latest")
-QUILLBOX_TEXT(downloadUrlKey, "downloadurl")
 QUILLBOX_TEXT(autoPopUserAgreementKey, "autoPopUserAgreement")
 QUILLBOX_TEXT(agreementTextKey, "agreementText")
 QUILLBOX_TEXT(agreedToTermsOfUseKey, "agreedtotermsofuse")
@@ -86,7 +76,6 @@ QUILLBOX_TEXT(portKey, "port")
 
 // Keys of localized texts.
 QUILLBOX_TEXT(menuTable, "MainMenu")
-QUILLBOX_TEXT(updateTable, "UpdateWindow")
 QUILLBOX_TEXT(installDriverText, "请安装云盘所需依赖库FUSE %@")
 QUILLBOX_TEXT(installNowTitle, "现在安装")
 QUILLBOX_TEXT(notNowTitle, "暂不")
@@ -105,13 +94,6 @@ QUILLBOX_TEXT(quickStartURL, "QuickStartURL")
 QUILLBOX_TEXT(onlineHelp, "OnlineHelp")
 QUILLBOX_TEXT(onlineTrain, "OnlineTrain")
 QUILLBOX_TEXT(registrationPage, "https://help.quillbox.example/registration")
-QUILLBOX_TEXT(agreementTitle, "用户协议")
-QUILLBOX_TEXT(agreementReadTitle, "已阅读并同意用户协议")
-QUILLBOX_TEXT(agreementOpenTitle, "打开云盘")
-QUILLBOX_TEXT(newVersionText, "发现新版本%@，是否需要更新？")
-QUILLBOX_TEXT(currentVersionText, "当前版本%@")
-QUILLBOX_TEXT(updateLaterTitle, "以后再说")
-QUILLBOX_TEXT(updateNowTitle, "立即更新")
 
 #undef QUILLBOX_TEXT
 

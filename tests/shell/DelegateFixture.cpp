@@ -66,8 +66,39 @@ AppDelegate &DelegateFixture::delegate()
         .serviceWatchInterval = std::chrono::milliseconds(50),
         .forwardingRetry = std::chrono::milliseconds(50),
         .endEventLoop = [this] { ++ended; },
+        .installer = [this]() -> DownloadApp & { return installer(); },
     });
     return *app;
+}
+
+DownloadApp &DelegateFixture::installer()
+{
+    const auto note = [this](const QString &program, const QStringList &arguments) {
+        const std::lock_guard lock(commandMutex);
+        commands.append(program + u' ' + arguments.join(u' '));
+    };
+    const auto run = [note](const QString &program, const QStringList &arguments) {
+        note(program, arguments);
+        return platform::TaskResult{.started = true, .status = 0, .output = {}};
+    };
+    const auto launch = [note](const QString &program, const QStringList &arguments) {
+        note(program, arguments);
+        return true;
+    };
+    if (!downloadApp)
+        downloadApp = std::make_unique<DownloadApp>(
+            networking, ground.transport,
+            UpdatePlaces{host.folders.home() + QStringLiteral("/Downloads"),
+                         host.folders.caches() + QStringLiteral("/installer.app"), host.folders.volumes(),
+                         QStringLiteral("hdiutil"), files.bundle()},
+            UpdateCommands{run, launch});
+    return *downloadApp;
+}
+
+QStringList DelegateFixture::installerCommands()
+{
+    const std::lock_guard lock(commandMutex);
+    return commands;
 }
 
 void DelegateFixture::postLoginSuccess()

@@ -10,6 +10,7 @@
 
 #include <atomic>
 #include <memory>
+#include <mutex>
 
 namespace testing
 {
@@ -30,6 +31,8 @@ struct DelegateFixture : ShellFixture {
     void signInAtServer();
     AppDelegate &delegate();
     void postLoginSuccess();
+    DownloadApp &installer();
+    QStringList installerCommands();
     /// A companion that stays until it is told or killed, and keeps its argument and process id.
     void addLastingService() const;
     QByteArray serviceNote(const QString &suffix) const;
@@ -47,6 +50,9 @@ struct DelegateFixture : ShellFixture {
     std::shared_ptr<std::atomic<bool>> fontThere = std::make_shared<std::atomic<bool>>(true);
     QBClearCacheInformation clearCache{folder.filePath(QStringLiteral("clearCache.plist"))};
     int ended = 0;
+    std::mutex commandMutex;
+    QStringList commands;                     ///< of the installer, which finds nothing with them
+    std::unique_ptr<DownloadApp> downloadApp; ///< waits for its work before what stands above goes
     std::unique_ptr<AppDelegate> app;
 };
 

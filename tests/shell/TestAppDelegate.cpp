@@ -24,11 +24,6 @@ namespace
 {
 const QJsonObject Agreement{
     {u"oem"_s, QJsonObject{{u"autoPopUserAgreement"_s, true}, {u"agreementText"_s, u"<b>terms</b>"_s}}}};
-
-QJsonObject update(const QString &result, const QString &url = {})
-{
-    return {{u"update"_s, QJsonObject{{u"result"_s, result}, {u"latest"_s, u"9.9.9"_s}, {u"downloadurl"_s, url}}}};
-}
 } // namespace
 
 /// The controller's whole road with real windows: start, sign-in, service, sign-out, end.
@@ -39,11 +34,8 @@ private Q_SLOTS:
     void startUpOrder();
     void firstWindow_data();
     void firstWindow();
-    void updateChoices_data();
-    void updateChoices();
     void loginSuccess_data();
     void loginSuccess();
-    void acceptanceIsSentOnce();
     void serviceEndSignsOut();
     void missingServiceKeepsTheUserSignedIn();
     void signOutWhileServiceRuns();
@@ -141,39 +133,6 @@ void TestAppDelegate::firstWindow()
     QVERIFY(fixture.alerts.texts.isEmpty());
 }
 
-void TestAppDelegate::updateChoices_data()
-{
-    QTest::addColumn<QJsonObject>("scenario");
-    QTest::addColumn<int>("code");
-    QTest::addColumn<int>("buttons");
-    QTest::addColumn<bool>("opens");
-    QTest::addColumn<bool>("ends");
-    const QString page = u"https://files.example/q.dmg"_s;
-    QTest::newRow("optional, later") << update(u"optional"_s, page) << 1001 << 2 << false << false;
-    QTest::newRow("optional, now") << update(u"optional"_s, page) << 1000 << 2 << true << false;
-    QTest::newRow("forced, quit") << update(u"forced"_s, page) << 1001 << 2 << false << true;
-    QTest::newRow("forced, now") << update(u"forced"_s, page) << 1000 << 2 << true << true;
-    QTest::newRow("forced, no page") << update(u"forced"_s, u"file:///bin/sh"_s) << 1000 << 1 << false << true;
-}
-
-void TestAppDelegate::updateChoices()
-{
-    QFETCH(QJsonObject, scenario);
-    QFETCH(int, code);
-    QFETCH(int, buttons);
-    QFETCH(bool, opens);
-    QFETCH(bool, ends);
-    DelegateFixture fixture;
-    fixture.useServer(scenario);
-    fixture.alerts.codes = {code};
-    fixture.delegate().applicationDidFinishLaunching();
-    QTRY_COMPARE(fixture.alerts.texts.size(), 1);
-    QCOMPARE(fixture.alerts.buttons.first().size(), buttons);
-    QTRY_COMPARE(fixture.ended, int(ends));
-    QTRY_COMPARE(fixture.loginShows(), !ends);
-    QCOMPARE(fixture.host.workspace.opened.size(), int(opens));
-}
-
 void TestAppDelegate::loginSuccess_data()
 {
     QTest::addColumn<QJsonObject>("scenario");
@@ -204,8 +163,8 @@ void TestAppDelegate::loginSuccess()
     fixture.postLoginSuccess();
     QVERIFY(!fixture.loginShows());
     if (shows) {
-        QTRY_VERIFY(DelegateFixture::visibleWindow(u"AgreementDialog"_s));
-        QWidget *dialog = DelegateFixture::visibleWindow(u"AgreementDialog"_s);
+        QTRY_VERIFY(DelegateFixture::visibleWindow(u"UserProtocolWindowController"_s));
+        QWidget *dialog = DelegateFixture::visibleWindow(u"UserProtocolWindowController"_s);
         auto *open = dialog->findChild<QAbstractButton *>(u"btnShowVolume"_s);
         QCOMPARE(dialog->findChild<QPlainTextEdit *>(u"txtViewUserProtocol"_s)->toPlainText(), u"<b>terms</b>"_s);
         dialog->close();
@@ -214,7 +173,7 @@ void TestAppDelegate::loginSuccess()
         QVERIFY(!fixture.delegate().serviceRunning());
         dialog->findChild<QAbstractButton *>(u"btnReadUserProtocol"_s)->click();
         open->click();
-        QTRY_VERIFY(!DelegateFixture::visibleWindow(u"AgreementDialog"_s));
+        QTRY_VERIFY(!DelegateFixture::visibleWindow(u"UserProtocolWindowController"_s));
     }
     QTRY_VERIFY(fixture.delegate().serviceRunning());
     QTRY_COMPARE(fixture.serviceNote(u"arguments"_s), QByteArray::number(QCoreApplication::applicationPid()));
@@ -222,26 +181,6 @@ void TestAppDelegate::loginSuccess()
     if (shows)
         QTRY_VERIFY(fixture.server->server->calls().contains(u"user.agreedtotermsofuse"_s));
     ::kill(fixture.serviceNote(u"pid"_s).toInt(), SIGKILL);
-}
-
-void TestAppDelegate::acceptanceIsSentOnce()
-{
-    DelegateFixture fixture;
-    fixture.useServer({{u"fail"_s, QJsonObject{{u"user.agreedtotermsofuse"_s, 500001}}}});
-    fixture.signInAtServer();
-    shell::AgreementDialog dialog(fixture.networking, fixture.center, fixture.alerts.presenter());
-    auto *box = dialog.window()->findChild<QAbstractButton *>(u"btnReadUserProtocol"_s);
-    auto *open = dialog.window()->findChild<QAbstractButton *>(u"btnShowVolume"_s);
-    box->click();
-    QVERIFY(open->isEnabled());
-    box->click();
-    QVERIFY(!open->isEnabled());
-    box->click();
-    QVERIFY(open->isEnabled());
-    QTRY_COMPARE(fixture.alerts.texts.size(), 1); // the failure is told once
-    QTest::qWait(50);
-    QCOMPARE(fixture.server->server->calls().count(u"user.agreedtotermsofuse"_s), 1);
-    QCOMPARE(fixture.alerts.texts.size(), 1);
 }
 
 void TestAppDelegate::serviceEndSignsOut()
@@ -518,7 +457,7 @@ void TestAppDelegate::quits()
 void TestAppDelegate::endsBesideWindowsThatStay()
 {
     DelegateFixture fixture;
-    shell::AgreementDialog dialog(fixture.networking, fixture.center, fixture.alerts.presenter());
+    UserProtocolWindowController dialog(fixture.networking, fixture.center);
     dialog.showWindow();
     QVERIFY((dialog.window()->windowFlags() & Qt::WindowCloseButtonHint) == 0);
     QEventLoop loop;

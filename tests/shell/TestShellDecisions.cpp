@@ -3,7 +3,6 @@
 #include "shell/LoginSuccess.h"
 #include "shell/ServerCheck.h"
 #include "shell/Termination.h"
-#include "shell/UpdatePrompt.h"
 #include "shell/VersionComparison.h"
 #include "shell/WebClientAddress.h"
 
@@ -35,8 +34,6 @@ private Q_SLOTS:
     void versionCheck();
     void agreement_data();
     void agreement();
-    void updates_data();
-    void updates();
     void webClient_data();
     void webClient();
     void backToLogin();
@@ -140,35 +137,6 @@ void TestShellDecisions::agreement()
     QCOMPARE(text.has_value(), shown);
     if (shown)
         QCOMPARE(*text, QStringLiteral("terms"));
-}
-
-void TestShellDecisions::updates_data()
-{
-    QTest::addColumn<QByteArray>("json");
-    QTest::addColumn<int>("answer");
-    QTest::addColumn<QString>("page");
-    const auto row = [](const char *name, const QByteArray &json, UpdateAnswer answer, const QString &page) {
-        QTest::newRow(name) << json << static_cast<int>(answer) << page;
-    };
-    const QString page = QStringLiteral("https://files.example/q.dmg");
-    row("none", {}, UpdateAnswer::None, {});
-    row("ok", R"({"result":"ok"})", UpdateAnswer::None, {});
-    row("forced", R"({"result":"forced","downloadurl":"https://files.example/q.dmg"})", UpdateAnswer::Forced, page);
-    row("any other", R"({"result":"normal","downloadurl":"https://files.example/q.dmg"})", UpdateAnswer::Optional,
-        page);
-    row("a script", R"({"result":"forced","downloadurl":"javascript:alert"})", UpdateAnswer::Forced, {});
-    row("a file", R"({"result":"forced","downloadurl":"file:///etc/passwd"})", UpdateAnswer::Forced, {});
-    row("no host", R"({"result":"forced","downloadurl":"https:///x"})", UpdateAnswer::Forced, {});
-    row("no text", R"({"result":"forced","downloadurl":["https://x"]})", UpdateAnswer::Forced, {});
-}
-
-void TestShellDecisions::updates()
-{
-    QFETCH(QByteArray, json);
-    QFETCH(int, answer);
-    QFETCH(QString, page);
-    QCOMPARE(static_cast<int>(updateAnswer(reply(json))), answer);
-    QCOMPARE(downloadPage(reply(json)).toString(), page);
 }
 
 void TestShellDecisions::webClient_data()

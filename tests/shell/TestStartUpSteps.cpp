@@ -1,7 +1,6 @@
 #include "ShellFixture.h"
 
 #include "platform/PropertyList.h"
-#include "shell/AppUpdateFlag.h"
 #include "shell/FirstRunRegistration.h"
 #include "shell/FontSetup.h"
 #include "shell/SingleInstance.h"
@@ -51,8 +50,6 @@ private Q_SLOTS:
     void otherCopy();
     void registration_data();
     void registration();
-    void updateFlag_data();
-    void updateFlag();
     void fontInstallation_data();
     void fontInstallation();
     void fontPoll();
@@ -128,33 +125,6 @@ void TestStartUpSteps::registration()
         QCOMPARE(readDictionary(file).value_or(QVariantMap()), after);
         QVERIFY(!registration.registerOnce());
     }
-}
-
-void TestStartUpSteps::updateFlag_data()
-{
-    QTest::addColumn<QByteArray>("before"); // null: no file
-    QTest::addColumn<bool>("written");
-    const QVariantMap state{{QStringLiteral("ShownUpdateWindow"), true},
-                            {QStringLiteral("other"), QStringLiteral("kept")}};
-    QTest::newRow("set") << platform::PropertyList::serialize(state) << true;
-    QTest::newRow("garbage") << QByteArray("garbage") << false;
-    QTest::newRow("missing") << QByteArray() << false;
-}
-
-void TestStartUpSteps::updateFlag()
-{
-    QFETCH(QByteArray, before);
-    QFETCH(bool, written);
-    ShellFixture fixture;
-    const QString name = QStringLiteral("AppUpdate.plist");
-    if (!before.isNull())
-        fixture.files.addResource(name, before);
-    shell::setShownUpdateWindow(fixture.files.resource(name), false);
-    shell::setShownUpdateWindow({}, false);
-    QCOMPARE(QFile::exists(fixture.files.resource(name)), !before.isNull());
-    const QVariantMap after = readDictionary(fixture.files.resource(name)).value_or(QVariantMap());
-    QCOMPARE(after.value(QStringLiteral("ShownUpdateWindow")), written ? QVariant(false) : QVariant());
-    QCOMPARE(after.value(QStringLiteral("other")).toString(), written ? QStringLiteral("kept") : QString());
 }
 
 void TestStartUpSteps::fontInstallation_data()

@@ -1,8 +1,12 @@
+#include "platform/PropertyList.h"
+#include "update/AppUpdateFlag.h"
 #include "update/DownloadApp.h"
-#include "update/DownloadTarget.h"
 
 #include "support/TestMain.h"
 
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -14,6 +18,8 @@ class TestUpdateParts : public QObject
 private Q_SLOTS:
     void findsGroups_data();
     void findsGroups();
+    void notesThatTheUserWasAsked_data();
+    void notesThatTheUserWasAsked();
 };
 
 void TestUpdateParts::findsGroups_data()
@@ -36,6 +42,32 @@ void TestUpdateParts::findsGroups()
     QFETCH(QString, pattern);
     QFETCH(QString, in);
     QTEST(DownloadApp::catchStringWithRegex(pattern, in), "found");
+}
+
+void TestUpdateParts::notesThatTheUserWasAsked_data()
+{
+    QTest::addColumn<QByteArray>("before"); // null: no file
+    QTest::addColumn<QVariantMap>("after");
+    const auto state = [](bool shown) { return QVariantMap{{u"ShownUpdateWindow"_s, shown}, {u"other"_s, u"kept"_s}}; };
+    QTest::newRow("set") << platform::PropertyList::serialize(state(false)) << state(true);
+    QTest::newRow("garbage") << QByteArray("garbage") << QVariantMap();
+    QTest::newRow("missing") << QByteArray() << QVariantMap();
+}
+
+void TestUpdateParts::notesThatTheUserWasAsked()
+{
+    QFETCH(QByteArray, before);
+    const QTemporaryDir folder;
+    const QString resources = folder.filePath(u"Q.app/Contents/Resources"_s);
+    QVERIFY(QDir().mkpath(resources));
+    QFile file(resources + u"/AppUpdate.plist"_s);
+    if (!before.isNull())
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(before) > 0);
+    file.close();
+    setShownUpdateWindow(platform::Bundle(folder.filePath(u"Q.app"_s)), true);
+    QCOMPARE(file.exists(), !before.isNull());
+    QTEST(platform::PropertyList::readDictionary(file.fileName()).value_or(QVariantMap()), "after");
+    setShownUpdateWindow({}, true);
 }
 
 REGISTER_TEST(TestUpdateParts)

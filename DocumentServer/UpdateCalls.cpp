@@ -36,9 +36,9 @@ QJsonObject downloadAddress(const Call &call, Services &services)
     const QString host = requiredText(call.body, "reqhost", 255);
     const bool https = requiredFlag(call.body, "usehttps");
     const QString fixed = call.scenario->text("update.downloadurl");
-    if (!fixed.isEmpty())
-        return {{u"URL"_s, fixed}};
     const QString file = call.scenario->text("update.file");
+    if (file.isEmpty() && !fixed.isEmpty())
+        return {{u"URL"_s, fixed}};
     const int port = https ? services.httpsPort : services.httpPort;
     if (file.isEmpty() || port <= 0)
         throw ApiError{NoUpdateInformation, {}, {}, {}};

@@ -128,28 +128,51 @@ private Q_SLOTS:
         QTEST(answer.json.value("result"_L1).toString(), "result");
     }
 
-    void installerIsServed()
+    void updateImageIsServed_data()
     {
+        QTest::addColumn<QString>("name");
+        for (const char *name : {"New Client.dmg", "a \"b\" 'c'; $(d)%20#?&+\\.dmg", "新.dmg"})
+            QTest::newRow(name) << QString::fromUtf8(name);
+    }
+    void updateImageIsServed()
+    {
+        QFETCH(QString, name);
         ServerFixture fixture;
         const QJsonObject body{{u"osType"_s, 3}, {u"reqhost"_s, u"127.0.0.1"_s}, {u"usehttps"_s, false}};
+        const auto url = [&] { return fixture.call(u"update"_s, u"download"_s, body).json.value("URL"_L1).toString(); };
         QCOMPARE(fixture.call(u"update"_s, u"download"_s, body).code(), 400003);
-        QFile installer(fixture.folder() + "/New Client.dmg"_L1);
-        QVERIFY(installer.open(QIODevice::WriteOnly));
+        QFile image(fixture.folder() + u'/' + name);
+        QVERIFY(image.open(QIODevice::WriteOnly));
         const QByteArray bytes = QByteArray(300'000, 'q') + "end";
-        installer.write(bytes);
-        installer.close();
-        QVERIFY(fixture.useScenario({{u"update"_s, QJsonObject{{u"file"_s, installer.fileName()}}}}));
-        const QString url = fixture.call(u"update"_s, u"download"_s, body).json.value("URL"_L1).toString();
+        image.write(bytes);
+        image.close();
+        QJsonObject update{{u"file"_s, image.fileName()}, {u"result"_s, u"forced"_s}};
+        QVERIFY(fixture.useScenario({{u"update"_s, update}}));
         const QString base = u"http://127.0.0.1:%1"_s.arg(fixture.server->httpPort());
-        QCOMPARE(url, base + "/download/New%20Client.dmg"_L1);
+        const QString address = url();
+        QCOMPARE(address, base + "/download/"_L1 + QString::fromLatin1(QUrl::toPercentEncoding(name, "'+&;$()")));
+        const QJsonObject version{{u"platform"_s, u"mac"_s}, {u"version"_s, u"1.0"_s}};
+        const auto told = [&] {
+            return fixture.call(u"update"_s, u"check"_s, version).json.value("downloadurl"_L1).toString();
+        };
+        QCOMPARE(told(), "/download/"_L1 + name);
         httplib::Client client("127.0.0.1", fixture.server->httpPort());
-        const auto got = client.Get(url.mid(base.size()).toStdString());
+        const std::string path = address.mid(base.size()).toStdString();
+        const auto got = client.Get(path);
         QVERIFY(got && got->status == 200);
         QVERIFY(QByteArray::fromStdString(got->body) == bytes);
+        QCOMPARE(got->get_header_value("Content-Length"), std::to_string(bytes.size()));
+        const auto part = client.Get(path, {{"Range", "bytes=299999-"}});
+        QVERIFY(part && part->status == 206);
+        QCOMPARE(part->body, std::string("qend"));
         for (const char *other : {"/download/accounts.json", "/download/../data/accounts.json", "/download/"}) {
             const auto refused = client.Get(other);
             QVERIFY2(refused && refused->status >= 400, other);
         }
+        update.insert(u"downloadurl"_s, u"http://elsewhere/x.dmg"_s);
+        QVERIFY(fixture.useScenario({{u"update"_s, update}}));
+        QCOMPARE(told(), u"http://elsewhere/x.dmg"_s);
+        QCOMPARE(url(), address);
     }
 
     void plannedFailures_data()

@@ -44,14 +44,15 @@ void detachDownloads(const platform::Host &host)
 
 } // namespace
 
-void clearLeftovers(const platform::Host &host, const platform::Bundle &bundle)
+void clearLeftovers(const platform::Host &host, const platform::Bundle &bundle, std::chrono::milliseconds patience)
 {
     if (bundle.bundlePath().isNull())
         return;
     BundleSwap swap(bundle.bundlePath());
-    if (swap.isPending() && !swap.confirm())
+    const bool wasPending = swap.isPending();
+    if (wasPending && !swap.confirm())
         platform::log(u"The update cannot be confirmed"_s);
-    const InstallLock lock(host.folders.caches(), std::chrono::milliseconds(0));
+    const InstallLock lock(host.folders.caches(), wasPending ? patience : std::chrono::milliseconds(0));
     if (!lock.isHeld())
         return;
     swap.repair();

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QString>
+#include <chrono>
 
 namespace platform
 {
@@ -12,8 +12,10 @@ namespace install
 {
 
 /// For the client to call once its event loop runs, in the background: tells an installer that waits for it that this
-/// version works. When no installer is at work, it also removes what a killed one left beside the bundle and detaches
-/// downloaded images. Blocks; nothing to do costs two looks at the disk and one at the mount table.
-void clearLeftovers(const platform::Host &host, const platform::Bundle &bundle);
+/// version works, and gives it `patience` to finish. When no installer is at work, removes what a killed one left
+/// beside the bundle and detaches downloaded images; a working one is left alone. Blocks; nothing to do costs two looks
+/// at the disk and one at the mount table.
+void clearLeftovers(const platform::Host &host, const platform::Bundle &bundle,
+                    std::chrono::milliseconds patience = std::chrono::minutes(1));
 
 } // namespace install

@@ -63,7 +63,7 @@ private Q_SLOTS:
         QVERIFY(scene.killedAfter(Step::Exchanged));
         const InstallLock lock(platform::host().folders.caches(), std::chrono::milliseconds(0));
         QVERIFY(lock.isHeld());
-        clearLeftovers(platform::host(), platform::Bundle(scene.bundle));
+        clearLeftovers(platform::host(), platform::Bundle(scene.bundle), std::chrono::milliseconds(100));
         QVERIFY(!QFile::exists(scene.bundle + "/Contents/update-pending"_L1));
         QCOMPARE(scene.leftBeside().size(), 1);
         QCOMPARE(scene.attached(), 1);

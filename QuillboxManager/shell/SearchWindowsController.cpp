@@ -43,7 +43,7 @@ void SearchWindowsController::windowDidLoad()
     form->txtSearchInputField->installEventFilter(this);
     client = GDUnixSocketClient::initWithSocketPath(socketPath);
     if (client)
-        client->connectWithAutoRead(true, nullptr);
+        client->connectWithAutoRead(true, GDUnixSocketClient::ConnectCompletion());
 }
 
 void SearchWindowsController::initUI()
@@ -60,9 +60,9 @@ void SearchWindowsController::initUI()
 
 void SearchWindowsController::sendSearch()
 {
+    const SocketMessage message{SocketMessage::statusBarSearching(), form->txtSearchInputField->text()};
     if (client)
-        client->writeData(SocketMessage{SocketMessage::statusBarSearching(), form->txtSearchInputField->text()}.bytes(),
-                          nullptr);
+        client->writeData(message.bytes(), GDUnixSocket::WriteCompletion());
 }
 
 bool SearchWindowsController::windowShouldClose()

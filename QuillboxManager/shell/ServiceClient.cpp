@@ -61,7 +61,7 @@ void ServiceClient::registerClient()
 void ServiceClient::sendDicDataForKey(const QString &key, const QString &text)
 {
     if (client)
-        client->writeData(SocketMessage{key, text}.bytes(), nullptr);
+        client->writeData(SocketMessage{key, text}.bytes(), GDUnixSocket::WriteCompletion());
 }
 
 void ServiceClient::sendWhenRunning(const QString &key, const QString &text)

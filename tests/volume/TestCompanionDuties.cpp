@@ -72,7 +72,7 @@ void TestCompanionDuties::send(const QList<SocketMessage> &messages)
     client = GDUnixSocketClient::initWithSocketPath(platform::host().folders.temporary() + u"/search_socket"_s);
     QVERIFY(client->connectWithAutoRead(false));
     for (const SocketMessage &message : messages) // in the background: the service waits for whoever reads its log
-        client->writeData(message.bytes(), nullptr);
+        client->writeData(message.bytes(), GDUnixSocket::WriteCompletion());
 }
 
 QString TestCompanionDuties::opened()

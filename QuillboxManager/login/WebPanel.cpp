@@ -71,7 +71,7 @@ WebPanel::WebPanel(platform::WebBrowserMaker maker, Opener opener, QWidget *pare
     connect(form->btnReload, &QAbstractButton::clicked, this, [this] { reload(); });
     connect(form->btnOpenInBrowser, &QAbstractButton::clicked, this, [this] { openExternally(wanted); });
     connect(form->btnBack, &QAbstractButton::clicked, this, &WebPanel::backRequested);
-    show(State::Empty);
+    become(State::Empty);
 }
 
 WebPanel::~WebPanel()
@@ -99,7 +99,7 @@ void WebPanel::load(const QUrl &url)
     isWaiting = false;
     if (!ensureBrowser())
         return;
-    show(State::Loading);
+    become(State::Loading);
     browser->load(url);
 }
 
@@ -114,14 +114,14 @@ void WebPanel::reload()
 void WebPanel::setWaiting(bool waiting)
 {
     isWaiting = waiting;
-    show(waiting ? State::Loading : State::Page);
+    become(waiting ? State::Loading : State::Page);
 }
 
 void WebPanel::unload()
 {
     isWaiting = false;
     endBrowser();
-    show(State::Empty);
+    become(State::Empty);
 }
 
 void WebPanel::endBrowser()
@@ -196,7 +196,7 @@ void WebPanel::explain(platform::WebBrowser::Failure failure, const QString &rea
 void WebPanel::showPage()
 {
     if (!isWaiting)
-        show(State::Page);
+        become(State::Page);
 }
 
 void WebPanel::showFailure(const QString &messageKey)
@@ -204,11 +204,11 @@ void WebPanel::showFailure(const QString &messageKey)
     form->txtFailureTitle->setText(text(messageKey + QStringLiteral(".title")));
     form->txtFailure->setText(text(messageKey + QStringLiteral(".text")));
     form->btnOpenInBrowser->setVisible(isWebAddress(wanted));
-    show(State::Failure);
+    become(State::Failure);
     form->btnReload->setFocus(Qt::OtherFocusReason);
 }
 
-void WebPanel::show(State state)
+void WebPanel::become(State state)
 {
     const bool appears = state != std::exchange(shown, state);
     switch (state) {

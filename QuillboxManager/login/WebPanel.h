@@ -60,7 +60,7 @@ Q_SIGNALS:
 private:
     bool ensureBrowser();
     void connectBrowser();
-    void show(State state);
+    void become(State state);
     void showPage();
     void showFailure(const QString &messageKey);
     void endBrowser();

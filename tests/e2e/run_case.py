@@ -43,6 +43,7 @@ def as_ordinary_user(case, source, build):
         shutil.copytree(build / "bin", folder / "build/bin", symlinks=True)
         shutil.copytree(source / "scripts/drive", folder / "source/scripts/drive")
         shutil.copytree(HERE, folder / "source/tests/e2e")
+        shutil.copytree(source / "packaging", folder / "source/packaging")
         (folder / "home").mkdir()
         subprocess.run(["chown", "-R", f"{user.pw_uid}:{user.pw_gid}", folder], check=True)
         environment = {name: os.environ[name] for name in ("PATH", "LANG") if name in os.environ}

@@ -95,12 +95,12 @@ void ContentWriter::writeAt(const char *data, size_t length, qint64 position)
     }
 }
 
-void ContentWriter::finish()
+void ContentWriter::finish(Flush when)
 {
     flush();
     if (::ftruncate(file, flushed) != 0)
         fail("truncate");
-    if (::fsync(file) != 0)
+    if (when == Flush::Now && ::fsync(file) != 0)
         fail("sync");
     ::close(file);
     file = -1;
@@ -132,6 +132,18 @@ bool ContentFolder::open(const QString &folder, const std::function<bool(const Q
 std::unique_ptr<ContentWriter> ContentFolder::write() const
 {
     return std::make_unique<ContentWriter>(incoming(), QString::fromLatin1(randomBytes(16).toHex()));
+}
+
+void ContentFolder::flush() const
+{
+    const int folder = ::open(QFile::encodeName(root).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const bool flushed = folder >= 0 && ::syncfs(folder) == 0;
+    const int problem = errno;
+    if (folder >= 0)
+        ::close(folder);
+    errno = problem;
+    if (!flushed)
+        fail("sync");
 }
 
 void ContentFolder::settle(const QString &content) const

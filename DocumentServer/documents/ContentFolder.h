@@ -20,8 +20,9 @@ public:
     ContentWriter &operator=(const ContentWriter &) = delete;
 
     void write(const char *data, qint64 length);
-    /// Everything is on disk when it returns; the last that is written.
-    void finish();
+    enum class Flush { Now, Later };
+    /// The last that is written. Everything is on disk when it returns, or else after ContentFolder::flush.
+    void finish(Flush when = Flush::Now);
     /// The file stays from now on.
     void keep() { kept = true; }
 
@@ -49,6 +50,8 @@ public:
     bool open(const QString &folder, const std::function<bool(const QString &)> &isInUse, QString *error);
 
     std::unique_ptr<ContentWriter> write() const;
+    /// What was finished until now is on disk when it returns: for many contents at a time.
+    void flush() const;
     /// Moves a kept content from where it was written to where it stays.
     void settle(const QString &content) const;
     /// A descriptor for reading, -1 where there is no such content.

@@ -42,6 +42,7 @@ public:
         addInside(folder, entry.root, 1);
         changeUsed(change.database(), entry.root, bytes);
         change.database().run("INSERT INTO settings(name, value) VALUES(?, 1)", {QLatin1String(doneMark)});
+        services.documents.contents.flush();
         change.commit();
         for (const auto &content : contents) {
             content->keep();
@@ -127,7 +128,7 @@ std::unique_ptr<ContentWriter> Import::copyOf(const QString &path)
         content->write(part.constData(), part.size());
     if (file.error() != QFile::NoError)
         throw ApiError{InternalError, {}, u"cannot read %1: %2"_s.arg(path, file.errorString()), {}};
-    content->finish();
+    content->finish(ContentWriter::Flush::Later);
     return content;
 }
 } // namespace

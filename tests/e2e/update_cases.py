@@ -223,12 +223,12 @@ def update_names(stage):
         expect(name in os.listdir(scene.downloads), f"{name!r} is not among {os.listdir(scene.downloads)}")
         scene.reinstall()
         server.stop()
-    for name in ("..", ""):
-        server = scene.offer("optional", scene.image, f"http://127.0.0.1/download/{name}")
+    for address in ("http://127.0.0.1/download/..", "/"):
+        server = scene.offer("optional", scene.image, address)
         manager = stage.launch()
         manager.press("btnUpdateNow")
         manager.control(SERVER_WINDOW, 30)  # which shows what went wrong
-        expect(manager.runs() and scene.version() == scene.old_version, f"the name {name!r} was accepted")
+        expect(manager.runs() and scene.version() == scene.old_version, f"{address!r} was accepted")
         scene.check_tidy()
         scene.reinstall()
         server.stop()

@@ -78,6 +78,17 @@ volatile int seven = 7;
 volatile int zero = 0;
 int *volatile nowhere = nullptr;
 
+// The sanitizers would step in before the fault.
+[[gnu::no_sanitize("undefined")]] void writeNowhere()
+{
+    *nowhere = 1;
+}
+
+[[gnu::no_sanitize("undefined")]] void divideByZero()
+{
+    zero = seven / zero;
+}
+
 /// Deeper than any stack.
 int fall(int depth)
 {
@@ -111,16 +122,16 @@ void throwSomething()
 const std::map<std::string, std::function<void()>> &ways()
 {
     static const std::map<std::string, std::function<void()>> all{
-        {"segv", [] { breakHeapThen([] { *nowhere = 1; }); }},
+        {"segv", [] { breakHeapThen(writeNowhere); }},
         {"ill", [] { breakHeapThen([] { __builtin_trap(); }); }},
-        {"fpe", [] { breakHeapThen([] { zero = seven / zero; }); }},
+        {"fpe", [] { breakHeapThen(divideByZero); }},
         {"bus", [] { breakHeapThen(touchBeyondTheFile); }},
         {"abrt", [] { breakHeapThen([] { std::abort(); }); }},
         {"overflow", [] { breakHeapThen([] { zero = fall(0); }); }},
         {"two threads",
          [] {
-             std::thread other([] { *nowhere = 1; });
-             *nowhere = 1;
+             std::thread other(writeNowhere);
+             writeNowhere();
              other.join();
          }},
         {"exception", throwSomething},

@@ -64,7 +64,6 @@ class TestSearchWindow : public QObject
     Q_OBJECT
 private Q_SLOTS:
     void sendsWhatIsTyped();
-    void staysQuietWithoutACompanion();
 };
 
 void TestSearchWindow::sendsWhatIsTyped()
@@ -102,17 +101,6 @@ void TestSearchWindow::sendsWhatIsTyped()
     QTest::keyClick(fieldOf(searchWindow()), Qt::Key_Escape);
     QVERIFY(!searchWindow());
     server->close();
-}
-
-void TestSearchWindow::staysQuietWithoutACompanion()
-{
-    DelegateFixture fixture;
-    fixture.delegate().showSearchWindow();
-    QVERIFY(fieldOf(searchWindow()));
-    QTest::keyClick(fieldOf(searchWindow()), Qt::Key_Return);
-    QTest::qWait(50);
-    QVERIFY(searchWindow());
-    QCOMPARE(fixture.alerts.texts, QStringList());
 }
 
 REGISTER_TEST(TestSearchWindow)

@@ -51,7 +51,6 @@ private Q_SLOTS:
     void tellsFailures();
     void letsOnlyTheLatestWrite();
     void endsSilentlyWhenDestroyed();
-    void opensHandles_data();
     void opensHandles();
 
 private:
@@ -248,27 +247,17 @@ void TestFileDownloader::endsSilentlyWhenDestroyed()
     QVERIFY(ends.errors.isEmpty());
 }
 
-void TestFileDownloader::opensHandles_data()
-{
-    QTest::addColumn<int>("behavior");
-    QTest::addColumn<int>("access");
-    for (int behavior = -1; behavior <= 4; ++behavior)
-        QTest::addRow("%d", behavior) << behavior
-                                      << (behavior == 1                    ? O_WRONLY
-                                          : behavior == 2 || behavior == 3 ? O_RDWR
-                                                                           : O_RDONLY);
-}
-
 void TestFileDownloader::opensHandles()
 {
-    QFETCH(const int, behavior);
-    QFETCH(const int, access);
-    const auto handle = QBFileHandle::fileHandleWithPath(path, behavior);
-    QVERIFY(handle && handle->fileHandle().isOpen());
-    QCOMPARE(::fcntl(handle->fileHandle().get(), F_GETFL) & O_ACCMODE, access);
-    QVERIFY(handle->dstPath() == path && handle->behavior() == behavior && !handle->written);
-    QVERIFY(!QBFileHandle::initWithPath(path + u"missing"_s, behavior));
-    QVERIFY(!QBFileHandle::initWithPath(folder->path(), behavior));
+    const QList<int> access{O_RDONLY, O_WRONLY, O_RDWR, O_RDWR, O_RDONLY};
+    for (int behavior = 0; behavior < access.size(); ++behavior) {
+        const auto handle = QBFileHandle::fileHandleWithPath(path, behavior);
+        QVERIFY(handle && handle->fileHandle().isOpen());
+        QCOMPARE(::fcntl(handle->fileHandle().get(), F_GETFL) & O_ACCMODE, access.at(behavior));
+        QVERIFY(handle->dstPath() == path && handle->behavior() == behavior && !handle->written);
+    }
+    QVERIFY(!QBFileHandle::initWithPath(path + u"missing"_s, QBFileHandle::Update));
+    QVERIFY(!QBFileHandle::initWithPath(folder->path(), QBFileHandle::WriteOnly));
 }
 
 REGISTER_TEST(TestFileDownloader)

@@ -26,8 +26,6 @@ private Q_SLOTS:
     void cleanup() { service.reset(); }
     void opensTheFolderOfALink_data();
     void opensTheFolderOfALink();
-    void tellsWhenALinkLeadsNowhere_data();
-    void tellsWhenALinkLeadsNowhere();
     void survivesABurst();
     void clearsTheCacheWhenAsked_data();
     void clearsTheCacheWhenAsked();
@@ -108,22 +106,6 @@ void TestCompanionDuties::opensTheFolderOfALink()
     QCOMPARE(opened(), service->home() + folder);
 }
 
-void TestCompanionDuties::tellsWhenALinkLeadsNowhere_data()
-{
-    QTest::addColumn<QString>("link");
-    QTest::newRow("gone") << u"qb://nowhere/7"_s;
-    QTest::newRow("no link") << u"quarterly report"_s;
-}
-
-void TestCompanionDuties::tellsWhenALinkLeadsNowhere()
-{
-    QFETCH(const QString, link);
-    send({{u"StatusBarSearching"_s, link}});
-    QVERIFY(service->says(u"a link leads to no document"_s));
-    QVERIFY(!service->log().contains(link));
-    QVERIFY(!QFile::exists(desktop.filePath(u"opened"_s)));
-}
-
 void TestCompanionDuties::survivesABurst()
 {
     const QString id = server->idOf(u"报告 2026"_s);
@@ -132,7 +114,8 @@ void TestCompanionDuties::survivesABurst()
     messages.append({u"StatusBarSearching"_s, id});
     send(messages);
     QCOMPARE(opened(), service->home() + u"/报告 2026"_s);
-    QVERIFY(service->log().count(u"a link leads to no document"_s) < 200);
+    const QString log = service->log();
+    QVERIFY(log.contains(u"a link leads to no document"_s) && !log.contains(id));
 }
 
 void TestCompanionDuties::clearsTheCacheWhenAsked_data()

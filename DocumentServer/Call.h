@@ -22,6 +22,7 @@ struct Call {
     QString signature; ///< "sign" of the address; empty without
     QString userid;    ///< of the older addresses; empty without
     QString origin;    ///< how the client calls this server, as "http://127.0.0.1:8080"
+    QByteArray page;   ///< origin of the page that sends the request; empty without
     QByteArray bytes;  ///< the body as it came
     QJsonObject body;  ///< empty when there is no body
     ScenarioPointer scenario;

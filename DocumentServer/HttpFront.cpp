@@ -193,10 +193,12 @@ RequestHead HttpFront::headOf(const httplib::Request &request) const
     QString host = QString::fromStdString(request.get_header_value("Host"));
     if (!hostPattern.match(host).hasMatch())
         host = u"127.0.0.1:%1"_s.arg(boundPort);
-    return {QString::fromStdString(request.path), queryOf(request),
+    return {QString::fromStdString(request.path),
+            queryOf(request),
             QByteArray::fromStdString(request.get_header_value(typeHeader)),
             QByteArray::fromStdString(request.get_header_value("Accept-Language")),
-            (isEncrypted ? u"https://"_s : u"http://"_s) + host};
+            (isEncrypted ? u"https://"_s : u"http://"_s) + host,
+            QByteArray::fromStdString(request.get_header_value("Origin"))};
 }
 
 void HttpFront::answerCall(const httplib::Request &request, httplib::Response &response,

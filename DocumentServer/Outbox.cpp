@@ -31,6 +31,13 @@ bool Outbox::deliver(const SentCode &code)
     return true;
 }
 
+void Outbox::note(const SentCode &code) const
+{
+    const std::lock_guard lock(mutex);
+    if (!file.isEmpty())
+        append(code);
+}
+
 bool Outbox::append(const SentCode &code) const
 {
     const QJsonObject line{{u"time"_s, QDateTime::fromMSecsSinceEpoch(now()).toString(Qt::ISODateWithMs)},

@@ -19,6 +19,8 @@ public:
 
     /// False when the file cannot be written; the code then counts as not sent.
     bool deliver(const SentCode &code);
+    /// Writes what was not sent but shown, the solution of a picture, to the file alone.
+    void note(const SentCode &code) const;
     QList<SentCode> newest() const;
 
 private:

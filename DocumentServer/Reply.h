@@ -35,6 +35,7 @@ struct RequestHead {
     QByteArray contentType;
     QByteArray languages; ///< as in the header Accept-Language
     QString origin;       ///< how the client calls this server, as "http://127.0.0.1:8080"
+    QByteArray page;      ///< origin of the page that sends the request, as in the header Origin
 };
 
 /// Takes the body of one request piece by piece, then answers. One thread. Destroyed unfinished when the connection

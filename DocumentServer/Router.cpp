@@ -64,7 +64,14 @@ Call callFor(const RequestHead &head)
     call.signature = item(u"sign"_s);
     call.userid = item(u"userid"_s);
     call.origin = head.origin;
+    call.page = head.page;
     return call;
+}
+
+/// How browsers name a page out of a file.
+bool isLocalFile(const QByteArray &origin)
+{
+    return origin == "null" || origin == "file://";
 }
 
 /// Where the scenario cuts the call off; -1: nowhere.
@@ -179,9 +186,8 @@ Reply Router::answer(const QString &name, Call *call)
     const bool isForPages = entry != table.constEnd() && entry->isForPages;
     const auto complete = [&](Reply reply) {
         reply.cutAfter = plannedCut(*call, name);
-        // The origin of a page out of a file has no name but this.
-        if (isForPages)
-            reply.headers.emplace_back("Access-Control-Allow-Origin", "null");
+        if (isForPages && isLocalFile(call->page))
+            reply.headers.emplace_back("Access-Control-Allow-Origin", call->page);
         return reply;
     };
     try {

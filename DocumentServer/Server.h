@@ -21,7 +21,7 @@ struct Options {
     QString accountsFile;      ///< default: accounts.json in the data folder, made with the demo account
     QString scenarioFile;      ///< JSON, read again whenever it changes; empty: built-in defaults
     QString certificateExport; ///< where the DER certificate of the password key is copied to
-    QString codesFile;         ///< every code sent by SMS or e-mail, one JSON line each, mode 0600
+    QString codesFile;         ///< every code sent or shown as a picture, one JSON line each, mode 0600
     QString demoDocuments;     ///< a folder copied into the demo account's documents, once for a data folder
     int passwordCost = 16384;  ///< scrypt's N for new hashes, a power of two; tests take less to save time
     int replyDelay = 0;        ///< milliseconds added to every reply, on top of the scenario's "delay_ms"

@@ -33,6 +33,7 @@ QJsonObject pictureCode(const Call &call, Services &services)
 {
     const QString previous = optionalText(call.body, "uuid", 64);
     const auto picture = services.pictureCodes.make(previous, call.scenario->number("picture_code.life"));
+    services.outbox.note({{}, u"picture"_s, picture.uuid, services.pictureCodes.solution(picture.uuid)});
     return {{u"uuid"_s, picture.uuid}, {u"vcode"_s, QString::fromLatin1(picture.png.toBase64())}};
 }
 

@@ -1,7 +1,6 @@
 #include "login/ResetPWWindowController.h"
 
 #include "login/ResetPWRules.h"
-#include "platform/Bundle.h"
 #include "platform/Dispatch.h"
 #include "platform/Localization.h"
 #include "state/NotificationNames.h"
@@ -82,8 +81,7 @@ void ResetPWWindowController::begin(const ServerReply &serverConfig)
     if (serverConfig && ResetPWRules::isSwitchedOff(*serverConfig))
         alertTimer.start(with.alertDelay);
     else
-        webView->load(QUrl::fromLocalFile(
-            platform::Bundle::main().pathForResource(QStringLiteral("index"), QStringLiteral("html"))));
+        webView->load(QUrl::fromLocalFile(with.page));
 }
 
 void ResetPWWindowController::didFinishNavigation()

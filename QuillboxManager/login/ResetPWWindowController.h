@@ -2,6 +2,7 @@
 
 #include "api/QBNetworking.h"
 #include "login/WebPanel.h"
+#include "platform/Bundle.h"
 #include "platform/Host.h"
 #include "platform/NotificationCenter.h"
 #include "platform/UserDefaults.h"
@@ -34,6 +35,7 @@ public:
         platform::WebBrowserMaker browser = {}; ///< null: the application's own
         WebPanel::Opener openExternally = {};   ///< null: the application's own
         std::chrono::milliseconds alertDelay = std::chrono::seconds(1);
+        QString page = platform::Bundle::main().pathForResource(QStringLiteral("index"), QStringLiteral("html"));
     };
 
     ResetPWWindowController();

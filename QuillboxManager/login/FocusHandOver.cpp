@@ -7,7 +7,8 @@ namespace FocusHandOver
 
 void disable(QWidget *control, QWidget *next)
 {
-    if (control->hasFocus())
+    // Also in a window that is not the active one.
+    if (control->window()->focusWidget() == control)
         next->setFocus(Qt::OtherFocusReason);
     control->setEnabled(false);
 }

@@ -167,8 +167,9 @@ void LoginWindowController::hideMessage()
 
 void LoginWindowController::showMessage(const QString &message)
 {
-    window()->raise();
+    window();
     view->showMessage(message);
+    window()->raise();
     WindowShake::shake(window());
 }
 

@@ -19,7 +19,9 @@
 /// What a sign-in window talks to: a scripted server, a client of its own, settings, notifications and an application
 /// that only counts how often it was to end.
 struct LoginScene : ThirdLoginOpener {
-    LoginScene() : client(keep(std::make_unique<ApiClient>(server)))
+    /// `patience` is how long the client waits for an answer.
+    explicit LoginScene(std::chrono::milliseconds patience = std::chrono::milliseconds(400))
+        : client(keep(std::make_unique<ApiClient>(server, patience)))
     {
         for (const QString &name :
              {NotificationNames::loginSuccess(), NotificationNames::wantServerSettingWindow(),
@@ -42,9 +44,9 @@ struct LoginScene : ThirdLoginOpener {
     }
 
     /// A call in progress may use the client after the test's end.
-    static ApiClient &keep(std::unique_ptr<ApiClient> made)
+    template <class Client> static Client &keep(std::unique_ptr<Client> made)
     {
-        static auto *kept = new std::vector<std::unique_ptr<ApiClient>>;
+        static auto *kept = new std::vector<std::unique_ptr<Client>>;
         kept->push_back(std::move(made));
         return *kept->back();
     }

@@ -27,8 +27,7 @@ struct ServedScene : LoginScene {
         client.globe.setServer({QStringLiteral("127.0.0.1"), QString::number(documents->httpPort()), false});
         ClientServices patient = client.services();
         patient.callTimeout = patient.probeTimeout = patient.reachabilityTimeout = std::chrono::seconds(10);
-        // As with the client of the scene: a call in progress may outlive the test.
-        networking = new QBNetworking(client.globe, client.transport, client.defaults, patient);
+        networking = &keep(std::make_unique<QBNetworking>(client.globe, client.transport, client.defaults, patient));
     }
     ~ServedScene() override
     {
@@ -40,6 +39,10 @@ struct ServedScene : LoginScene {
     static QString account() { return QStringLiteral("demo"); }
     static QString password() { return QStringLiteral("Quillbox-demo1"); }
 
+    QString address(const QString &path) const
+    {
+        return QStringLiteral("http://127.0.0.1:%1").arg(documents->httpPort()) + path;
+    }
     QWidget *window() { return login->window(); }
     bool idle() { return !find<QAbstractButton>(window(), "btnLogin")->text().isEmpty(); }
     QString error() { return message(window(), "txtErrorMessage"); }

@@ -75,6 +75,7 @@ void TestChangePasswordWindow::regulation_data()
     QTest::newRow("strong") << QByteArray(R"({"enable_strong_pwd":true})") << u"强密码提示"_s;
     QTest::newRow("weak") << QByteArray(R"({"enable_strong_pwd":false})") << u"弱密码提示"_s;
     QTest::newRow("not told") << QByteArray("{}") << u"弱密码提示"_s;
+    QTest::newRow("no configuration") << QByteArray("junk") << u"弱密码提示"_s;
 }
 
 void TestChangePasswordWindow::regulation()
@@ -130,6 +131,9 @@ void TestChangePasswordWindow::refusals_data()
     QTest::addColumn<QString>("line");
     QTest::newRow("401003") << ScriptedAnswer::json(R"({"errcode":401003})") << u"401003"_s;
     QTest::newRow("another code") << ScriptedAnswer::json(R"({"errcode":401037})") << u"新密码不符合要求。"_s;
+    QTest::newRow("not JSON") << ScriptedAnswer::reply("<html>") << u"新密码不符合要求。"_s;
+    QTest::newRow("an array") << ScriptedAnswer::json("[]") << u"新密码不符合要求。"_s;
+    QTest::newRow("cut") << ScriptedAnswer::raw("HTTP/1.1 200 OK\r\n\r\n{") << u"新密码不符合要求。"_s;
     QTest::newRow("hanging") << ScriptedAnswer::hang() << u"新密码不符合要求。"_s;
 }
 

@@ -263,6 +263,10 @@ void TestLoginOutcomes::submittedOnce()
 {
     Attempt attempt;
     attempt.server.expect(signInCall, ScriptedAnswer::json(refusal(401003)));
+    QWidget *button = Attempt::find(attempt.window(), "btnLogin");
+    button->setFocus(Qt::TabFocusReason);
+    QTest::keyClick(button, Qt::Key_Return);
+    QCOMPARE(attempt.window()->focusWidget()->objectName(), u"txtPassword"_s);
     Attempt::pressTwice(attempt.window(), "btnLogin");
     attempt.controller->loginBtn();
     QTest::keyClick(Attempt::find(attempt.window(), "txtPassword"), Qt::Key_Return);

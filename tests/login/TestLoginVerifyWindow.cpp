@@ -8,6 +8,8 @@
 using namespace Qt::StringLiterals;
 using testing::ScriptedAnswer;
 
+Q_DECLARE_METATYPE(testing::ScriptedAnswer)
+
 namespace
 {
 const QByteArray signInCall = "POST /api/v1/auth1?method=getnew";
@@ -15,7 +17,9 @@ const QByteArray codeCall = "POST /api/v1/auth1?method=sendauthvcode";
 
 struct Verification : LoginScene {
     /// A countdown whose seconds never pass, unless told otherwise.
-    explicit Verification(std::chrono::milliseconds second = std::chrono::hours(1), int interval = 30)
+    explicit Verification(std::chrono::milliseconds second = std::chrono::hours(1), int interval = 30,
+                          std::chrono::milliseconds patience = std::chrono::milliseconds(400))
+        : LoginScene(patience)
     {
         VerifyErrorText::resetWrongCodes();
         platform::UserDefaults &defaults = client.defaults;
@@ -57,7 +61,10 @@ private Q_SLOTS:
     void resend();
     void resentTo();
     void success();
+    void badReplies_data();
+    void badReplies();
     void successWhileResending();
+    void focusHandOver();
     void staleWindow();
     void wrongCodes();
     void closing_data();
@@ -89,7 +96,7 @@ void TestLoginVerifyWindow::opening()
 
 void TestLoginVerifyWindow::countdown()
 {
-    Verification scene(std::chrono::milliseconds(60), 2);
+    Verification scene(std::chrono::milliseconds(300), 2);
     scene.controller->showWindow();
     scene.controller->setTime(0);
     for (const QString &title : {u"sendvcodeagain2"_s, u"sendvcodeagain1"_s, u"sendvcodeagain0"_s}) {
@@ -98,6 +105,12 @@ void TestLoginVerifyWindow::countdown()
     }
     QTRY_COMPARE(scene.resend()->text(), u"sendvcode"_s);
     QVERIFY(scene.resend()->isEnabled());
+
+    scene.controller->setTime(9);
+    scene.window()->close();
+    const QString title = scene.resend()->text();
+    QTest::qWait(400);
+    QCOMPARE(scene.resend()->text(), title);
 }
 
 void TestLoginVerifyWindow::resend_data()
@@ -164,19 +177,95 @@ void TestLoginVerifyWindow::success()
     QCOMPARE(scene.server.complaint(), QString());
 }
 
-void TestLoginVerifyWindow::successWhileResending()
+void TestLoginVerifyWindow::badReplies_data()
 {
+    QTest::addColumn<bool>("verifying");
+    QTest::addColumn<ScriptedAnswer>("answer");
+    QTest::addColumn<bool>("up");
+    QTest::addColumn<QString>("line");
+    for (const bool verifying : {true, false}) {
+        const auto row = [verifying](const char *name, const ScriptedAnswer &answer, const QString &line,
+                                     bool up = true) {
+            QTest::addRow("%s: %s", verifying ? "verify" : "resend", name) << verifying << answer << up << line;
+        };
+        const QString general = u"LoginFailedBy"_s;
+        row("server down", {}, general, false);
+        row("hanging", ScriptedAnswer::hang(), general);
+        row("cut", ScriptedAnswer::raw("HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\n{"), general);
+        row("not JSON", ScriptedAnswer::reply("<html>"), general);
+        row("an array", ScriptedAnswer::json("[]"), general);
+        row("unknown code", ScriptedAnswer::json(R"({"errcode":77,"errmsg":"m"})"), u"LoginFailedBym"_s);
+        row("code as text", ScriptedAnswer::json(R"({"errcode":"77","errmsg":5})"), general);
+    }
+    QTest::newRow("verify: no session") << true << ScriptedAnswer::json("{}") << true << u"NoSession"_s;
+    QTest::newRow("resend: wrong types") << false << ScriptedAnswer::json(R"({"authway":[],"sendinterval":"soon"})")
+                                         << true << u""_s;
+}
+
+void TestLoginVerifyWindow::badReplies()
+{
+    QFETCH(bool, verifying);
+    QFETCH(ScriptedAnswer, answer);
+    QFETCH(bool, up);
+    QFETCH(QString, line);
     Verification scene(std::chrono::hours(1), -1);
     scene.controller->showWindow();
-    scene.server.expect(signInCall, ScriptedAnswer::json(R"({"expires":1,"userid":"u","tokenid":"t"})"));
+    if (up)
+        scene.server.expect(verifying ? signInCall : codeCall, answer);
+    else
+        scene.server.stop(); // the network is lost between the two factors
+    if (verifying) {
+        scene.verify(u"12"_s);
+    } else {
+        Verification::press(scene.window(), "getVCodeButton");
+        AWAIT(scene.resend()->isEnabled());
+    }
+    QVERIFY2(line.isEmpty() ? scene.error().isEmpty() : scene.error().startsWith(line), qPrintable(scene.error()));
+    QVERIFY(scene.controller->isVisible());
+    QVERIFY(Verification::find(scene.window(), "verifyButton")->isEnabled());
+    QCOMPARE(scene.posted, QStringList());
+    QCOMPARE(scene.server.complaint(), QString());
+}
+
+/// The answer to the resend comes when the sign-in is complete, and concerns nobody any more.
+void TestLoginVerifyWindow::successWhileResending()
+{
+    ScriptedAnswer late = ScriptedAnswer::json(R"({"authway":"late@x","sendinterval":9})");
+    late.drip = std::chrono::milliseconds(20);
+    Verification scene(std::chrono::hours(1), -1, std::chrono::seconds(20));
+    scene.controller->showWindow();
+    scene.server.expect(codeCall, late)
+        .expect(signInCall, ScriptedAnswer::json(R"({"expires":1,"userid":"u","tokenid":"t"})"));
     scene.server.answerAll(ScriptedAnswer::json(R"({"expires":1})"));
+    Verification::press(scene.window(), "getVCodeButton");
+    QVERIFY(scene.server.waitForRequests(1));
     Verification::type(scene.window(), "verificationCodeTextField", u"12"_s);
     Verification::press(scene.window(), "verifyButton");
-    QVERIFY(scene.server.waitForRequests(1));
-    Verification::press(scene.window(), "getVCodeButton");
     AWAIT(!scene.posted.isEmpty());
+    QVERIFY2(!scene.resend()->isEnabled(), "the resend was answered too soon to show anything");
+    QTRY_VERIFY_WITH_TIMEOUT(scene.resend()->isEnabled(), 15'000);
     QCOMPARE(scene.posted, QStringList{u"NotificationLoginSuccess"_s});
     QVERIFY(!scene.controller->isVisible());
+    QCOMPARE(scene.error(), QString());
+    QCOMPARE(scene.destination(), u"phonenumber138"_s);
+    QCOMPARE(scene.client.defaults.string(u"oldtelnum"_s), u""_s);
+    QCOMPARE(scene.server.complaint(), QString());
+}
+
+/// A second Return must not press whatever comes next in the tab order.
+void TestLoginVerifyWindow::focusHandOver()
+{
+    for (const char *name : {"verifyButton", "getVCodeButton"}) {
+        Verification scene(std::chrono::hours(1), -1);
+        scene.controller->showWindow();
+        scene.server.answerAll(ScriptedAnswer::hang());
+        Verification::type(scene.window(), "verificationCodeTextField", u"1"_s);
+        QWidget *button = Verification::find(scene.window(), name);
+        button->setFocus(Qt::TabFocusReason);
+        QTest::keyClick(button, Qt::Key_Return);
+        QVERIFY(!button->isEnabled());
+        QCOMPARE(scene.window()->focusWidget()->objectName(), u"verificationCodeTextField"_s);
+    }
 }
 
 /// A password that is changed later on must not bring the login window back.

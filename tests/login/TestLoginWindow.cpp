@@ -46,6 +46,8 @@ private Q_SLOTS:
     void faces_data();
     void faces();
     void switching();
+    void codeBoxStays_data();
+    void codeBoxStays();
     void autoLogin_data();
     void autoLogin();
     void remembered();
@@ -113,10 +115,12 @@ void TestLoginWindow::switching()
     Window scene;
     scene.client.defaults.set(u"authbysms"_s, false);
     scene.remember(u"ann"_s, u"secret"_s, 0);
-    scene.show(R"({"thirdauth":{"id":"cas","config":{"loginButtonText":"Acme"}},
+    scene.show(R"({"thirdauth":{"id":"cas","config":{"loginButtonText":"A&B"}},
         "dualfactor_auth_server_status":{"auth_by_sms":true,"auth_by_email":true}})");
     QWidget *window = scene.window();
-    QCOMPARE(Window::find<QAbstractButton>(window, "thirdLoginButton")->text(), u"Acme"_s);
+    auto *third = Window::find<QAbstractButton>(window, "thirdLoginButton");
+    QCOMPARE(third->text(), u"A&&B"_s); // a name, not a shortcut
+    QCOMPARE(third->accessibleName(), u"A&B"_s);
     QVERIFY(scene.client.defaults.boolean(u"authbysms"_s));
     QVERIFY(scene.client.defaults.boolean(u"authbyemail"_s));
     Window::press(window, "btnChangeNormalMode");
@@ -128,6 +132,43 @@ void TestLoginWindow::switching()
     Window::press(window, "btnChangeThirdMode");
     QVERIFY(Window::shows(window, "viewThird"));
     QCOMPARE(scene.server.complaint(), QString());
+}
+
+void TestLoginWindow::codeBoxStays_data()
+{
+    QTest::addColumn<QByteArray>("first");
+    QTest::addColumn<QByteArray>("second");
+    QTest::addColumn<bool>("stays");
+    const QByteArray picture = R"({"vcode_login_config":{"isenable":true,"passwderrcnt":0}})";
+    const QByteArray pictureLater = R"({"vcode_login_config":{"isenable":true,"passwderrcnt":3}})";
+    const QByteArray oneTime = R"({"dualfactor_auth_server_status":{"auth_by_OTP":true}})";
+    const QByteArray nothing = R"({"vcode_login_config":{"isenable":false}})";
+    QTest::newRow("picture still possible") << picture << pictureLater << true;
+    QTest::newRow("picture no longer") << picture << nothing << false;
+    QTest::newRow("one-time password still") << oneTime << oneTime << true;
+    QTest::newRow("one-time password no longer") << oneTime << nothing << false;
+}
+
+/// Reading the configuration once more takes no code away that the server has asked for.
+void TestLoginWindow::codeBoxStays()
+{
+    QFETCH(QByteArray, first);
+    QFETCH(QByteArray, second);
+    QFETCH(bool, stays);
+    Window scene;
+    scene.server.answerAll(ScriptedAnswer::json(pictureReply));
+    scene.show(first);
+    // Something to tell the second configuration by.
+    const QByteArray seen = R"({"vcode_server_status":{"send_vcode_by_sms":true},)";
+    const char *field = first.contains("OTP") ? "txtOTPCode" : "txtVcode";
+    AWAIT(Window::shows(scene.window(), field));
+    QVERIFY(scene.server.waitForRequests(first.contains("OTP") ? 1 : 2));
+    Window::type(scene.window(), field, u"12"_s);
+    scene.server.expect(configuration, ScriptedAnswer::json(seen + second.mid(1)));
+    scene.controller->initialUI();
+    AWAIT(Window::shows(scene.window(), "btnForgetPWD"));
+    QCOMPARE(Window::shows(scene.window(), field), stays);
+    QCOMPARE(Window::text(scene.window(), field), stays ? u"12"_s : QString());
 }
 
 void TestLoginWindow::autoLogin_data()

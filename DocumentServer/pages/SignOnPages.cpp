@@ -31,7 +31,8 @@ constexpr const char *formBody = R"(<form method="post" id="form">
 constexpr const char *sameDocumentScript = R"(
 document.getElementById("form").addEventListener("submit", async (event) => {
   event.preventDefault();
-  const reply = await fetch("/sso/script-ticket", { method: "POST", body: new URLSearchParams(new FormData(event.target)) });
+  const fields = new URLSearchParams(new FormData(event.target));
+  const reply = await fetch("/sso/script-ticket", { method: "POST", body: fields });
   const text = await reply.text();
   if (!reply.ok) {
     document.getElementById("error").textContent = text;

@@ -16,13 +16,13 @@ LinkOpener::~LinkOpener()
         work.wait();
 }
 
-void LinkOpener::open(const QString &link)
+void LinkOpener::open(const QString &link, Reading reading)
 {
     if (link.trimmed().isEmpty() || link.size() > volume::SharedLink::longestLink)
         return;
     const std::lock_guard lock(mutex);
     const bool noticed = waiting.has_value();
-    waiting = link;
+    waiting = Request{link, reading};
     if (!noticed)
         QMetaObject::invokeMethod(
             this, [this] { next(); }, Qt::QueuedConnection);
@@ -36,14 +36,14 @@ void LinkOpener::next()
     if (!waiting)
         return;
     busy = true;
-    work = std::async(std::launch::async, [this, link = *std::exchange(waiting, std::nullopt)] {
-        const LinkLocator::Answer answer = steps.locate(link);
+    work = std::async(std::launch::async, [this, request = *std::exchange(waiting, std::nullopt)] {
+        const LinkLocator::Answer answer = steps.locate(request.text);
         QMetaObject::invokeMethod(
-            this, [this, answer] { finish(answer); }, Qt::QueuedConnection);
+            this, [this, request, answer] { finish(request, answer); }, Qt::QueuedConnection);
     });
 }
 
-void LinkOpener::finish(const LinkLocator::Answer &answer)
+void LinkOpener::finish(const Request &request, const LinkLocator::Answer &answer)
 {
     if (work.valid())
         work.get();
@@ -53,6 +53,8 @@ void LinkOpener::finish(const LinkLocator::Answer &answer)
                         : QStringLiteral("FUSEService: a link leads to no document"));
     if (found)
         steps.openFolder(answer.folder);
+    else if (request.reading == Reading::LinkOrName && !request.text.contains(QLatin1String("://")))
+        steps.searchFor(request.text.trimmed());
     else
         steps.tellUser(answer.outcome);
     next();

@@ -92,6 +92,11 @@ void UserRequests::showContentSearch()
     showPanel(u"search"_s, {surroundings.volume});
 }
 
+void UserRequests::searchFor(const QString &name)
+{
+    showPanel(u"search"_s, {surroundings.volume, name});
+}
+
 void UserRequests::showDirectUpload()
 {
     platform::inBackground(this, surroundings.uploadFolder, [this](const QString &folder) {

@@ -36,6 +36,8 @@ public:
     void showTransfers();
     void showFavorites();
     void showContentSearch();
+    /// The same with a name that is searched for at once.
+    void searchFor(const QString &name);
     void showDirectUpload();
 
 private:

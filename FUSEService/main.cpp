@@ -72,7 +72,7 @@ UserRequests::Surroundings requestSurroundings(volume::Volume &volume, const pla
             .uploadFolder = [documents] { return documents->ownFolder(); }};
 }
 
-LinkOpener::Steps linkSteps(volume::LinkLocator &links, Notice &notice)
+LinkOpener::Steps linkSteps(volume::LinkLocator &links, Notice &notice, UserRequests &requests)
 {
     using Outcome = volume::LinkLocator::Outcome;
     return {
@@ -82,7 +82,8 @@ LinkOpener::Steps linkSteps(volume::LinkLocator &links, Notice &notice)
             [&notice](Outcome outcome) {
                 notice.show(outcome == Outcome::NoServer ? QStringLiteral("no-server")
                                                          : QStringLiteral("link-not-found"));
-            }};
+            },
+        .searchFor = [&requests](const QString &name) { requests.searchFor(name); }};
 }
 
 /// Ends the event loop. Several causes may come together: the log names the first.
@@ -128,8 +129,8 @@ int main(int argc, char **argv)
     volume::Volume volume(session, platform::UserDefaults::standard(), settings);
     volume::LinkLocator links(volume.serverDocuments(), QBPathIndicator::pathForQuillboxVolume());
     Notice notice(noticeProgram());
-    LinkOpener linkOpener(linkSteps(links, notice));
     UserRequests requests(requestSurroundings(volume, host));
+    LinkOpener linkOpener(linkSteps(links, notice, requests));
     requests.observe(host.distributed);
     CompanionService service(session, host.distributed,
                              host.folders.temporary() + u'/' + CompanionStrings::socketName(),
@@ -141,7 +142,11 @@ int main(int argc, char **argv)
     QObject::connect(&service, &CompanionService::stopRequested, [&] { stop.because(u"the stop notification came"); });
     CacheClearing cache(QBClearCacheInformation::defaultClearCacheInformation(), session.account().userID,
                         settings.core.stagingFolder);
-    service.setMessageHandler([&linkOpener](const SocketMessage &message) { linkOpener.open(message.text); });
+    service.setMessageHandler([&linkOpener](const SocketMessage &message) {
+        // The file manager's action tells the name of a file, other programs a selected text.
+        const bool mayBeName = message.key == SocketMessage::rightService();
+        linkOpener.open(message.text, mayBeName ? LinkOpener::Reading::LinkOrName : LinkOpener::Reading::LinkOnly);
+    });
     if (const int failure = service.start())
         return failure;
     cache.seed();

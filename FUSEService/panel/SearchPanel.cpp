@@ -47,6 +47,12 @@ SearchPanel::~SearchPanel()
         *stop = true;
 }
 
+void SearchPanel::searchFor(const QString &text)
+{
+    field->setText(text);
+    search(text);
+}
+
 void SearchPanel::search(const QString &wanted)
 {
     if (stop)

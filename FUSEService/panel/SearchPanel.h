@@ -17,6 +17,8 @@ public:
     SearchPanel(const QString &folder, const QString &title, OpenFolder openFolder);
     ~SearchPanel() override;
 
+    /// As if the user had typed it.
+    void searchFor(const QString &text);
     /// Ends a search in progress. A blank text finds nothing.
     void search(const QString &text);
 

@@ -22,7 +22,7 @@
 #include <sys/prctl.h>
 
 // The companion's windows. usage: QuillboxPanel transfers|favorites ITEMS_FILE VOLUME
-//                                 QuillboxPanel search VOLUME
+//                                 QuillboxPanel search VOLUME [NAME]
 //                                 QuillboxPanel upload FOLDER
 
 using namespace Qt::StringLiterals;
@@ -94,8 +94,12 @@ std::unique_ptr<ListPanel> panelFor(const QStringList &arguments)
         return itemsPanel(text(u"传输列表"_s), text(u"没有正在进行的传输"_s), arguments.mid(1));
     if (kind == u"favorites")
         return itemsPanel(text(u"收藏"_s), text(u"没有收藏的文档"_s), arguments.mid(1));
-    if (kind == u"search")
-        return std::make_unique<SearchPanel>(arguments.value(1), text(u"搜索文档"_s), openFolder);
+    if (kind == u"search") {
+        auto panel = std::make_unique<SearchPanel>(arguments.value(1), text(u"搜索文档"_s), openFolder);
+        if (!arguments.value(2).isEmpty())
+            panel->searchFor(arguments.value(2));
+        return panel;
+    }
     if (kind == u"upload")
         return uploadPanel(arguments.value(1));
     return nullptr;

@@ -1,4 +1,7 @@
 """Shared links: the companion finds the document and its folder is opened, or the user is told that there is none."""
+import os
+import signal
+
 from drive import processes, road
 from drive.round_trip import second_session
 from drive.server import DEMO_ACCOUNT, DEMO_PASSWORD
@@ -39,10 +42,14 @@ def shared_link(stage):
     manager.type(FIELD, "qb://nowhere/7")
     stage.desktop.key("Return")
     notice = wait_for("the notice", lambda: notices(stage), 15)[0]
-    shown = wait_for("the notice's window", lambda: stage.desktop.windows(notice), 15)
-    stage.desktop.focus(shown[-1])
-    stage.desktop.key("Return")
+    wait_for("the notice's window", lambda: stage.desktop.windows(notice), 15)
+    os.kill(notice, signal.SIGTERM)
     wait_for("the notice to end", lambda: not notices(stage), 10)
     expect(opener.opened() == opened, f"opened: {opener.opened()}")
+
+    expect(manager.launch_again("--service-text", "2026") == 0, "the launch with a text failed")
+    wait_for("the search for a name", lambda: any(
+        processes.arguments(one)[1:] == ["search", stage.profile.volume.path, "2026"]
+        for one in stage.profile.processes()), 15)
     road.sign_out(manager)
     expect(manager.find(FIELD) is None, "the search window stands after signing out")

@@ -38,15 +38,10 @@ void QBLinkButton::setTextColor(const QColor &textColor)
     update();
 }
 
-int QBLinkButton::padding() const
-{
-    return focusPolicy() == Qt::NoFocus ? 0 : StyleKit::Grid / 2;
-}
-
 QSize QBLinkButton::sizeHint() const
 {
     const QSize title = fontMetrics().size(Qt::TextShowMnemonic, text());
-    return {title.width() + 2 * padding(), qMax(title.height() + StyleKit::Grid / 2, 3 * StyleKit::Grid)};
+    return {title.width(), qMax(title.height() + StyleKit::Grid / 2, 3 * StyleKit::Grid)};
 }
 
 void QBLinkButton::paintEvent(QPaintEvent *)
@@ -59,14 +54,10 @@ void QBLinkButton::paintEvent(QPaintEvent *)
 
     QPainter painter(this);
     const bool focus = showsFocus();
-    if (focus)
-        ControlPainting::drawBox(painter, rect(), Qt::transparent, ink, 1.5);
     ControlPainting::drawTitle(painter, *this, rect(), ink);
     if (!isEnabled() || !(focus || underMouse()))
         return;
-    const int titleWidth = qMin(width(), sizeHint().width()) - 2 * padding();
+    const int titleWidth = qMin(width(), sizeHint().width());
     const int baseline = (height() + fontMetrics().ascent() - fontMetrics().descent()) / 2 + 3;
-    painter.setPen(QPen(ink, 1));
-    painter.drawLine(QPointF((width() - titleWidth) / 2.0, baseline + 0.5),
-                     QPointF((width() + titleWidth) / 2.0, baseline + 0.5));
+    painter.fillRect((width() - titleWidth) / 2, baseline, titleWidth, focus ? 2 : 1, ink);
 }

@@ -6,7 +6,8 @@
 
 class Branding;
 
-/// A flat text in the accent colour that is pressed like a link; underlined under the pointer and with the focus.
+/// A flat text in the accent colour that is pressed like a link; underlined under the pointer and, twice as
+/// thick, with the focus.
 class QBLinkButton : public QBBaseButton
 {
     Q_OBJECT
@@ -26,7 +27,6 @@ protected:
 
 private:
     void setUp();
-    int padding() const; ///< room for the focus ring at both sides, in points
 
     QColor color;
 };

@@ -10,6 +10,11 @@ public:
     QuillboxStyle();
 
     QIcon standardIcon(StandardPixmap kind, const QStyleOption *option, const QWidget *widget) const override;
+    /// Scroll bars are a slim handle without buttons.
+    void drawComplexControl(ComplexControl control, const QStyleOptionComplex *option, QPainter *painter,
+                            const QWidget *widget) const override;
+    QRect subControlRect(ComplexControl control, const QStyleOptionComplex *option, SubControl part,
+                         const QWidget *widget) const override;
     int pixelMetric(PixelMetric metric, const QStyleOption *option, const QWidget *widget) const override;
     int styleHint(StyleHint hint, const QStyleOption *option, const QWidget *widget,
                   QStyleHintReturn *data) const override;

@@ -9,12 +9,15 @@
 #include "ui/QBLinkButton.h"
 #include "ui/QBSecondaryButton.h"
 #include "ui/QBSpinner.h"
+#include "ui/QuillboxStyle.h"
 #include "ui/StyleKit.h"
 
 #include <QFile>
 #include <QLabel>
 #include <QLineEdit>
+#include <QScrollBar>
 #include <QSignalSpy>
+#include <QStyleOptionSlider>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QVBoxLayout>
@@ -60,6 +63,7 @@ private Q_SLOTS:
     void spinnerTurnsOnlyWhileVisible();
     void messageLinesShowMarkupAsText();
     void fontsKeepTheRegularWeight();
+    void scrollBarIsAHandleOnly();
 };
 
 REGISTER_TEST(TestControls)
@@ -304,6 +308,33 @@ void TestControls::fontsKeepTheRegularWeight()
     QCOMPARE(label.font().pixelSize(), 21);
     QCOMPARE(label.font().weight(), installed ? QFont::Normal : QFont::Bold);
     QVERIFY(!QBFont::fontAvailable(QStringLiteral("No Such Family")));
+}
+
+void TestControls::scrollBarIsAHandleOnly()
+{
+    QuillboxStyle style;
+    QScrollBar bar(Qt::Vertical);
+    bar.setStyle(&style);
+    bar.resize(12, 200);
+    const auto handle = [&] {
+        QStyleOptionSlider option;
+        option.initFrom(&bar);
+        option.orientation = bar.orientation();
+        option.minimum = bar.minimum();
+        option.maximum = bar.maximum();
+        option.pageStep = bar.pageStep();
+        option.sliderPosition = bar.sliderPosition();
+        return style.subControlRect(QStyle::CC_ScrollBar, &option, QStyle::SC_ScrollBarSlider, &bar);
+    };
+    bar.setRange(0, 100);
+    bar.setPageStep(100);
+    QCOMPARE(handle(), QRect(0, 0, 12, 100));
+    bar.setRange(0, 2'000'000'000); // a handle that can still be held
+    QCOMPARE(handle().height(), 32);
+    bar.setValue(bar.maximum());
+    QCOMPARE(handle().bottom(), 199);
+    QTest::mouseClick(&bar, Qt::LeftButton, {}, QPoint(6, 5));
+    QCOMPARE(bar.value(), bar.maximum() - 100);
 }
 
 #include "TestControls.moc"

@@ -58,6 +58,7 @@ private Q_SLOTS:
     void endIsNoticedAtOnceAndReaped();
     void terminates();
     void childOutlivesTheObject();
+    void detachedChildStandsAlone();
 };
 
 void TestTask::reportsHowAProgramEnded_data()
@@ -181,6 +182,25 @@ void TestTask::childOutlivesTheObject()
     QVERIFY(exists(processId));
     ::kill(static_cast<pid_t>(processId), SIGKILL);
     QVERIFY(becomesTrue([&] { return !exists(processId); })); // reaped although nobody asks any more
+}
+
+void TestTask::detachedChildStandsAlone()
+{
+    QVERIFY(!platform::launchDetached(QStringLiteral("no-such-program-here"), {}));
+    QTemporaryDir folder;
+    const QString note = folder.filePath(QStringLiteral("note"));
+    const QString script = QStringLiteral("read -r pid x x x group session rest < /proc/self/stat; "
+                                          "streams=$(readlink /proc/$$/fd/0 /proc/$$/fd/1 /proc/$$/fd/2); "
+                                          "echo $(($$ == session)) $PWD $TOLD \"$1\" $streams > $0.new; "
+                                          "mv $0.new $0");
+    qputenv("TOLD", "environment");
+    QVERIFY(platform::launchDetached(QStringLiteral("/bin/sh"),
+                                     {QStringLiteral("-c"), script, note, QStringLiteral("a b")}));
+    qunsetenv("TOLD");
+    QVERIFY(becomesTrue([&] { return QFile::exists(note); }));
+    QFile file(note);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QCOMPARE(file.readAll(), QByteArray("1 / environment a b /dev/null /dev/null /dev/null\n"));
 }
 
 REGISTER_TEST(TestTask)

@@ -1,6 +1,7 @@
 #include "panel/ListPanel.h"
 
 #include "platform/Localization.h"
+#include "ui/PlainToolTip.h"
 #include "ui/StyleKit.h"
 #include "ui/WindowPlace.h"
 
@@ -17,7 +18,6 @@ using namespace Qt::StringLiterals;
 namespace
 {
 constexpr int FolderRole = Qt::UserRole;
-constexpr int StateColumn = 2;
 
 const auto PlainLook = u"QTreeWidget { border: 1px solid #e4e4e4; }"
                        "QTreeWidget::item { padding: 5px 4px; }"
@@ -42,10 +42,9 @@ ListPanel::ListPanel(const QString &title, OpenFolder open) : openFolder(std::mo
     list->setRootIsDecorated(false);
     list->setUniformRowHeights(true);
     list->setStyleSheet(PlainLook);
-    list->setHeaderLabels({text(u"名称"_s), text(u"位置"_s), text(u"状态"_s)});
+    showStates(false);
     list->header()->resizeSection(0, 220);
     list->header()->resizeSection(1, 240);
-    list->setColumnHidden(StateColumn, true);
     contents->addWidget(list);
     status = new QLabel(this);
     status->setObjectName(u"status"_s);
@@ -62,8 +61,8 @@ QTreeWidgetItem *ListPanel::lineFor(const PanelItem &item) const
     const QString place = item.folder.startsWith(root + u'/') ? item.folder.mid(root.size() + 1) : item.folder;
     auto *line = new QTreeWidgetItem({item.name, place, item.state.isEmpty() ? QString() : text(item.state)});
     line->setData(0, FolderRole, item.folder);
-    line->setToolTip(0, item.name.toHtmlEscaped());
-    line->setToolTip(1, place.toHtmlEscaped());
+    line->setToolTip(0, plainToolTip(item.name));
+    line->setToolTip(1, plainToolTip(place));
     return line;
 }
 
@@ -79,9 +78,18 @@ void ListPanel::setItems(const QList<PanelItem> &items)
         lines.append(lineFor(item));
     list->addTopLevelItems(lines);
     const auto hasState = [](const PanelItem &item) { return !item.state.isEmpty(); };
-    list->setColumnHidden(StateColumn, std::none_of(items.cbegin(), items.cend(), hasState));
+    showStates(std::any_of(items.cbegin(), items.cend(), hasState));
     if (chosen >= 0 && chosen < lines.size())
         list->setCurrentItem(lines.at(chosen));
+}
+
+void ListPanel::showStates(bool wanted)
+{
+    QStringList titles{text(u"名称"_s), text(u"位置"_s)};
+    if (wanted)
+        titles.append(text(u"状态"_s));
+    list->setColumnCount(static_cast<int>(titles.size()));
+    list->setHeaderLabels(titles);
 }
 
 void ListPanel::setStatus(const QString &message)

@@ -30,6 +30,7 @@ protected:
     void keyPressEvent(QKeyEvent *event) override;
 
 private:
+    void showStates(bool wanted);
     QTreeWidgetItem *lineFor(const PanelItem &item) const;
     void openChosen(const QTreeWidgetItem *line) const;
 

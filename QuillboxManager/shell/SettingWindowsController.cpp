@@ -7,7 +7,9 @@
 #include "state/QBGlobeInformation.h"
 #include "ui/Application.h"
 #include "ui/Images.h"
+#include "ui/PlainToolTip.h"
 #include "ui/QBColor.h"
+#include "ui/QBFont.h"
 #include "ui/StyleKit.h"
 #include "ui_SettingWindowsController.h"
 
@@ -40,7 +42,7 @@ void showPicture(QLabel *label, const QString &name, int side)
 void showValue(QLabel *label, const QString &text)
 {
     label->setText(text);
-    label->setToolTip(text.toHtmlEscaped());
+    label->setToolTip(plainToolTip(text));
 }
 } // namespace
 
@@ -96,8 +98,11 @@ void SettingWindowsController::initialTabs()
         button->setAccessibleName(localizedString(title));
         button->setPicture(Images::imageNamed(picture));
         button->setAccent(accent);
-        connect(button, &QAbstractButton::clicked, this,
-                [this, identifier = button->objectName()] { buttonClicked(identifier); });
+        // However it got chosen: assistive technology toggles instead of clicking.
+        connect(button, &QAbstractButton::toggled, this, [this, identifier = button->objectName()](bool chosen) {
+            if (chosen)
+                buttonClicked(identifier);
+        });
     }
 }
 
@@ -117,7 +122,7 @@ void SettingWindowsController::initialGeneralView()
     const QString title = localizedString(u"注销或退出时，自动清除所有缓存"_s);
     form->btnCheckClearCache->setText(title);
     form->btnCheckClearCache->setAccessibleName(title);
-    connect(form->btnCheckClearCache, &QAbstractButton::clicked, this, &SettingWindowsController::clickClearCacheBtn);
+    connect(form->btnCheckClearCache, &QAbstractButton::toggled, this, &SettingWindowsController::clickClearCacheBtn);
 }
 
 void SettingWindowsController::initialAccountView()
@@ -133,6 +138,7 @@ void SettingWindowsController::initialAccountView()
     form->progressIndicator->applyBranding(branding);
     const QString title = localizedString(ShellStrings::changePasswordTitle());
     form->btnChangePassword->setText(title);
+    form->btnChangePassword->setFont(QBFont::SYsystemFontOfSize(QBFont::SystemFontSize));
     form->btnChangePassword->setAccessibleName(title);
     form->btnChangePassword->setEnabled(false); // until the server has told about the user
     connect(form->btnChangePassword, &QAbstractButton::clicked, this, &SettingWindowsController::changePassowrds);
@@ -239,6 +245,7 @@ void SettingWindowsController::fitTo(const QWidget &shown)
 
 void SettingWindowsController::showClearCacheState()
 {
+    const QSignalBlocker readingOnly(form->btnCheckClearCache);
     form->btnCheckClearCache->setChecked(cache.clearCacheSettingWindowFlag(networking.userID()));
 }
 

@@ -8,10 +8,16 @@
 namespace shell
 {
 
+namespace
+{
+constexpr QMargins RoomAround{0, 4, 0, 4};
+}
+
 StatusMenu::StatusMenu(std::function<bool(int)> validator, QObject *parent)
     : QObject(parent), validateItem(std::move(validator))
 {
     items.setObjectName(QStringLiteral("menu"));
+    items.setContentsMargins(RoomAround);
     connect(&items, &QMenu::aboutToShow, this, &StatusMenu::validate);
 }
 
@@ -41,6 +47,7 @@ void StatusMenu::addSubmenu(const MenuEntry &entry, const QList<MenuEntry> &entr
 {
     auto *submenu = new QMenu(&items);
     submenu->setObjectName(entry.name + QStringLiteral("Submenu"));
+    submenu->setContentsMargins(RoomAround);
     for (const MenuEntry &child : entries) {
         auto *item = new QBSubMenuItem(child.title, child.action, submenu);
         item->setObjectName(child.name);

@@ -67,9 +67,12 @@ def menu_entries(stage):
         manager.press("helpMenu")
         manager.press(entry)
         opener.wait_for(part)
+    manager.choose_in_menu("showSearchWindow")
+    manager.control("txtSearchInputField")
     manager.choose_in_menu("changePassword")
     manager.control("comfirmPassword")
     road.sign_out(manager)
+    expect(not manager.find("txtSearchInputField"), "the search window stayed after signing out")
     expect(not manager.find("comfirmPassword"), "the change-password window stayed after signing out")
     manager.launch_again()
     for entry in ("showQuillboxWindow", "showTransferWindow", "showPreferenceWindow", "performLogout"):
@@ -130,6 +133,16 @@ class Panel:
             return application and application.find(name)
         return wait_for(f"{name} in the companion's window {self.kind}", find, 15)
 
+    def type(self, name, text):
+        """Types into a field and presses Return."""
+        self.focus()
+        field = self.control(name)
+        field.focus()
+        wait_for(f"the keyboard focus in {name}", field.has_focus, 5)
+        self.stage.desktop.type_text(text)
+        wait_for(f"the typed text in {name}", lambda: field.text_length() == len(text), 5)
+        self.stage.desktop.key("Return")
+
     def texts(self):
         application = self.stage.bus.application(self.process_id)
         return [text for child in application.children() for text in child.shown_texts()] if application else []
@@ -171,10 +184,7 @@ def companion_windows(stage):
 
     manager.choose_in_menu("showContentSearchWindow")
     search = Panel(stage, manager, "search")
-    search.focus()
-    search.control("searchField").focus()
-    stage.desktop.type_text("plan")
-    stage.desktop.key("Return")
+    search.type("searchField", "plan")
     search.wait_for_text("Plan 2026.txt")
 
     manager.choose_in_menu("showTransferWindow")
@@ -192,9 +202,7 @@ def companion_windows(stage):
         file.write("uploaded")
     manager.choose_in_menu("showDirectUploadPanel")
     upload = Panel(stage, manager, "upload")
-    upload.focus()
-    stage.desktop.type_text(source)
-    stage.desktop.key("Return")
+    upload.type("fileNameEdit", source)
     upload.wait_for_text("Finished")
     expect("to upload.txt" in second.files(second.own_entry()), "the server has no such file")
     road.sign_out(manager)

@@ -38,11 +38,12 @@ void BlankPageWatch::begin(std::chrono::milliseconds patience)
 
 void BlankPageWatch::look()
 {
-    if (patienceTimer.isActive())
-        ask([this](bool shown) {
-            if (shown)
-                end();
-        });
+    if (!patienceTimer.isActive())
+        return;
+    ask([this, asked = round](bool shown) {
+        if (shown && asked == round)
+            end();
+    });
 }
 
 void BlankPageWatch::end()
@@ -55,7 +56,9 @@ void BlankPageWatch::end()
 void BlankPageWatch::timeIsUp()
 {
     answerTimer.start(AnswerTime); // a busy page gives no answer at all
-    ask([this](bool shown) {
+    ask([this, asked = round](bool shown) {
+        if (asked != round)
+            return;
         end();
         if (!shown)
             Q_EMIT blank();
@@ -64,10 +67,9 @@ void BlankPageWatch::timeIsUp()
 
 void BlankPageWatch::ask(std::function<void(bool)> then)
 {
-    page->runJavaScript(
-        question(), QWebEngineScript::ApplicationWorld,
-        [guard = QPointer<BlankPageWatch>(this), asked = round, then = std::move(then)](const QVariant &shown) {
-            if (guard && asked == guard->round)
-                then(shown.toBool());
-        });
+    page->runJavaScript(question(), QWebEngineScript::ApplicationWorld,
+                        [guard = QPointer<BlankPageWatch>(this), then = std::move(then)](const QVariant &shown) {
+                            if (guard)
+                                then(shown.toBool());
+                        });
 }

@@ -22,7 +22,7 @@ public:
     /// The document is there: looks whether it shows something.
     void look();
     void end();
-    /// Does the page show something now? Answered later, once; not when the page has moved on or the watch is gone.
+    /// Does the page show something now? Answered later, once, unless the watch is gone by then.
     void ask(std::function<void(bool shown)> then);
 
 Q_SIGNALS:

@@ -143,6 +143,7 @@ void EngineBrowser::loadingChanged(const QWebEngineLoadingInfo &info)
     switch (info.status()) {
     case QWebEngineLoadingInfo::LoadStartedStatus:
         failing = false;
+        ++navigation;
         blankPages.begin(patience);
         Q_EMIT navigationStarted();
         break;
@@ -163,7 +164,9 @@ void EngineBrowser::loadingChanged(const QWebEngineLoadingInfo &info)
 
 void EngineBrowser::finishRefused(int status)
 {
-    blankPages.ask([this, status](bool shown) {
+    blankPages.ask([this, status, asked = navigation](bool shown) {
+        if (asked != navigation)
+            return;
         if (shown)
             Q_EMIT navigationFinished(true); // the server explains itself
         else

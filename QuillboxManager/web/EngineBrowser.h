@@ -48,4 +48,5 @@ private:
     std::unique_ptr<QObject> questions; ///< context of the scripts that have not been answered
     QUrl wanted;                        ///< of the last load
     bool failing = false;               ///< told so since the last load
+    int navigation = 0;                 ///< counts the pages; what was asked about an earlier one is dropped
 };

@@ -18,7 +18,8 @@ WebPage::WebPage(QWebEngineProfile *profile) : QWebEnginePage(profile)
         setFeaturePermission(origin, feature, PermissionDeniedByUser);
     });
     connect(this, &QWebEnginePage::newWindowRequested, this, [this](const QWebEngineNewWindowRequest &request) {
-        if (isAllowed(request.requestedUrl()))
+        // Only what a server sends: an empty window would leave nothing but a white page here.
+        if (request.requestedUrl().scheme().startsWith(QLatin1String("http")))
             Q_EMIT windowWanted(request.requestedUrl());
     });
 }

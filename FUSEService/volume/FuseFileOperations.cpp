@@ -13,25 +13,24 @@ namespace
 {
 using namespace answering;
 
-/// A file as one program opened it.
-struct Handle {
-    std::shared_ptr<OpenFile> file;
-    ReadAhead readAhead;
-    bool writes = false;
-};
-
-Handle &handleOf(const fuse_file_info *info)
+FileHandle &handleOf(const fuse_file_info *info)
 {
-    return *reinterpret_cast<Handle *>(info->fh);
+    return *reinterpret_cast<FileHandle *>(info->fh);
 }
 
-std::unique_ptr<Handle> newHandle(const std::shared_ptr<OpenFile> &file, fuse_file_info *info)
+/// Kept before the kernel knows it, for it may be closed at once.
+void keepHandle(fuse_req_t request, const std::shared_ptr<OpenFile> &file, fuse_file_info *info)
 {
-    auto handle = std::make_unique<Handle>();
+    auto handle = std::make_unique<FileHandle>();
     handle->file = file;
     handle->writes = (info->flags & O_ACCMODE) != O_RDONLY;
-    info->fh = reinterpret_cast<std::uint64_t>(handle.get());
-    return handle;
+    info->fh = reinterpret_cast<std::uint64_t>(core(request).handles().keep(std::move(handle)));
+}
+
+void closeHandle(fuse_req_t request, fuse_ino_t inode, const fuse_file_info *info)
+{
+    const std::unique_ptr<FileHandle> handle = core(request).handles().take(&handleOf(info));
+    tree(request).close(inode, handle->writes ? VolumeTree::Closing::Writer : VolumeTree::Closing::Reader);
 }
 
 void openFile(fuse_req_t request, fuse_ino_t inode, fuse_file_info *info)
@@ -39,19 +38,17 @@ void openFile(fuse_req_t request, fuse_ino_t inode, fuse_file_info *info)
     answer(request, [&] {
         VolumeTree &files = tree(request);
         const auto file = files.open(inode);
-        std::unique_ptr<Handle> handle;
+        const bool writes = (info->flags & O_ACCMODE) != O_RDONLY;
         try {
-            handle = newHandle(file, info);
-            if (handle->writes && (info->flags & O_TRUNC) != 0)
+            if (writes && (info->flags & O_TRUNC) != 0)
                 file->truncate(0);
         } catch (const Errno &) {
             files.close(inode, VolumeTree::Closing::Reader);
             throw;
         }
-        if (fuse_reply_open(request, info) == 0)
-            static_cast<void>(handle.release());
-        else
-            files.close(inode, handle->writes ? VolumeTree::Closing::Writer : VolumeTree::Closing::Reader);
+        keepHandle(request, file, info);
+        if (fuse_reply_open(request, info) != 0)
+            closeHandle(request, inode, info);
     });
 }
 
@@ -60,13 +57,11 @@ void createFile(fuse_req_t request, fuse_ino_t parent, const char *name, mode_t,
     answer(request, [&] {
         VolumeTree &files = tree(request);
         const Node node = files.createFile(parent, Names::fromProgram(name));
-        auto handle = newHandle(node.file, info);
+        keepHandle(request, node.file, info);
         const fuse_entry_param entry = entryFor(request, node);
-        if (fuse_reply_create(request, &entry, info) == 0) {
-            static_cast<void>(handle.release());
+        if (fuse_reply_create(request, &entry, info) == 0)
             return;
-        }
-        files.close(node.inode, VolumeTree::Closing::Writer);
+        closeHandle(request, node.inode, info);
         files.nodeTable().forget(node.inode, 1);
     });
 }
@@ -74,7 +69,7 @@ void createFile(fuse_req_t request, fuse_ino_t parent, const char *name, mode_t,
 void readFile(fuse_req_t request, fuse_ino_t, std::size_t size, off_t offset, fuse_file_info *info)
 {
     answer(request, [&] {
-        Handle &handle = handleOf(info);
+        FileHandle &handle = handleOf(info);
         const Slices slices = handle.file->read(offset, static_cast<qint64>(size), handle.readAhead);
         std::vector<iovec> parts;
         for (const Slice &slice : slices)
@@ -111,8 +106,7 @@ void syncFile(fuse_req_t request, fuse_ino_t inode, int, fuse_file_info *)
 void releaseFile(fuse_req_t request, fuse_ino_t inode, fuse_file_info *info)
 {
     answer(request, [&] {
-        const std::unique_ptr<Handle> handle(&handleOf(info));
-        tree(request).close(inode, handle->writes ? VolumeTree::Closing::Writer : VolumeTree::Closing::Reader);
+        closeHandle(request, inode, info);
         fuse_reply_err(request, 0);
     });
 }

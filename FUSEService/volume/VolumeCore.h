@@ -1,6 +1,7 @@
 #pragma once
 
 #include "volume/BlockCache.h"
+#include "volume/FileHandles.h"
 #include "volume/SpaceCache.h"
 #include "volume/VolumeTree.h"
 
@@ -21,6 +22,7 @@ public:
     VolumeCore(DocumentStore &store, const Settings &settings);
 
     VolumeTree &tree() { return volumeTree; }
+    FileHandles &handles() { return fileHandles; }
     Space space() { return spaceCache.space(); }
     /// When the volume appeared, in microseconds since 1970.
     qint64 created() const { return creation; }
@@ -30,6 +32,7 @@ private:
     BlockCache cache;
     SpaceCache spaceCache;
     VolumeTree volumeTree;
+    FileHandles fileHandles;
 };
 
 } // namespace volume

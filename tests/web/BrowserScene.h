@@ -50,7 +50,7 @@ struct BrowserScene {
     }
     QString text() { return value(QStringLiteral("document.body.innerText")); }
 
-    PageServer server;
+    PageServer &server = PageServer::shared();
     std::unique_ptr<WebBrowser> browser;
     QStringList seen; ///< addresses of requests, this site's without its name
     QList<bool> finished;

@@ -46,7 +46,8 @@ public:
         });
         server.Get("/broken", [](const httplib::Request &, httplib::Response &reply) { reply.status = 500; });
         server.Get("/hang", [this](const httplib::Request &, httplib::Response &) {
-            while (!stopped)
+            // Longer than any test waits; not for ever, because each one holds a thread of the server.
+            for (int tick = 0; tick < 250 && !stopped; ++tick)
                 std::this_thread::sleep_for(std::chrono::milliseconds(20));
         });
         server.Get("/cookie", [](const httplib::Request &request, httplib::Response &reply) {
@@ -55,6 +56,7 @@ public:
         });
         // Connections that rest would hold up the end.
         server.set_keep_alive_max_count(1);
+        server.set_keep_alive_timeout(1);
         server.set_read_timeout(0, 200'000);
         port = server.bind_to_any_port("127.0.0.1");
         listener = std::thread([this] { server.listen_after_bind(); });
@@ -79,6 +81,12 @@ public:
 PageServer::PageServer() : d(std::make_unique<Private>()) {}
 
 PageServer::~PageServer() = default;
+
+PageServer &PageServer::shared()
+{
+    static PageServer server;
+    return server;
+}
 
 QUrl PageServer::url(const QString &path) const
 {

@@ -14,6 +14,9 @@ public:
     PageServer(const PageServer &) = delete;
     PageServer &operator=(const PageServer &) = delete;
 
+    /// One for all tests: its end waits for connections that the browser opened in advance.
+    static PageServer &shared();
+
     QUrl url(const QString &path) const;
 
 private:

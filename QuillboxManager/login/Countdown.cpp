@@ -21,14 +21,15 @@ void Countdown::start(qint64 seconds)
 
 void Countdown::step()
 {
-    const qint64 passed = clock.elapsed() / second.count();
+    const qint64 now = clock.elapsed(); // read once: a second that ends in here must not make the wait negative
+    const qint64 passed = now / second.count();
     const qint64 due = (passed + 1) * second.count();
     const qint64 remaining = from - passed;
     if (remaining < 0) {
         Q_EMIT over();
         return;
     }
-    timer.start(std::chrono::milliseconds(due - clock.elapsed()));
+    timer.start(std::chrono::milliseconds(due - now));
     if (remaining != std::exchange(shown, remaining)) // woken a little early otherwise
         Q_EMIT remains(remaining);
 }

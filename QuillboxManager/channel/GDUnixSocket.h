@@ -7,6 +7,7 @@
 #include <QByteArray>
 #include <QString>
 
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -59,6 +60,8 @@ public:
     virtual qint64 writeData(const QByteArray &data, QBError *error = nullptr);
     /// As above on the background pool, in the order of the calls. `completion` may be null.
     virtual void writeData(const QByteArray &data, WriteCompletion completion);
+    /// Would block without saying so: no completion is `WriteCompletion()`.
+    void writeData(const QByteArray &data, std::nullptr_t) = delete;
 
     void close() { closeWithError(nullptr); }
     /// True also when it was closed before. False with an error when there was nothing to close or closing failed.

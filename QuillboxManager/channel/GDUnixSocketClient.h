@@ -32,6 +32,8 @@ public:
     bool connectWithAutoRead(bool autoRead, QBError *error = nullptr);
     /// As above, on the background pool, where `completion` is called too; it may be null.
     void connectWithAutoRead(bool autoRead, ConnectCompletion completion);
+    /// Would block without saying so: no completion is `ConnectCompletion()`.
+    void connectWithAutoRead(bool autoRead, std::nullptr_t) = delete;
     /// Starts the reading thread that `autoRead` asks for.
     void readLoop();
 

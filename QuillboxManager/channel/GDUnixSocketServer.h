@@ -49,6 +49,7 @@ public:
     /// As `writeData` of the client's connection; -1 with an error when there is no such client.
     qint64 sendData(const QByteArray &data, const QString &toClientWithID, QBError *error = nullptr);
     void sendData(const QByteArray &data, const QString &toClientWithID, WriteCompletion completion);
+    void sendData(const QByteArray &data, const QString &toClientWithID, std::nullptr_t) = delete;
 
     /// A listening socket carries no data: writes nothing, 0, no error.
     qint64 writeData(const QByteArray &data, QBError *error = nullptr) override;

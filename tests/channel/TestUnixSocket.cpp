@@ -216,7 +216,7 @@ void TestUnixSocket::completions()
     pair.ours->writeData("hello", [&](const QBError &, qint64 count) { written.set_value(count); });
     QCOMPARE(written.get_future().get(), 5);
     QCOMPARE(read.get_future().get(), QByteArray("hello"));
-    pair.ours->writeData("!", nullptr);
+    pair.ours->writeData("!", GDUnixSocket::WriteCompletion());
     QCOMPARE(*other->readWithError(), QByteArray("!"));
 }
 

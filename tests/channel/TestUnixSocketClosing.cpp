@@ -255,7 +255,7 @@ void TestUnixSocketClosing::manyClientsComeAndGo()
     const auto visit = [&] {
         for (int i = 0; i < 50; ++i) {
             const auto client = end.connected(i % 2 == 0);
-            client->writeData("x", nullptr);
+            client->writeData("x", GDUnixSocket::WriteCompletion());
             client->uniqueID();
             end.server->sendData("y", end.recorder->lastID());
             client->writeData("x");

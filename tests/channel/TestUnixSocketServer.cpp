@@ -54,7 +54,8 @@ void TestUnixSocketServer::conversation()
     QCOMPARE(int(client->state()), 1);
 
     QVERIFY(end.recorder->waitForEvent(QStringLiteral("accepted")));
-    client->writeData(SocketMessage{SocketMessage::appEvent(), QStringLiteral("x")}.bytes(), nullptr);
+    client->writeData(SocketMessage{SocketMessage::appEvent(), QStringLiteral("x")}.bytes(),
+                      GDUnixSocket::WriteCompletion());
     QVERIFY(end.recorder->waitForEvent(QStringLiteral("data")));
     QVERIFY(SocketMessage::parse(end.recorder->bytes()));
     QCOMPARE(end.server->sendData("answer", end.recorder->lastID()), 6);
@@ -109,7 +110,7 @@ void TestUnixSocketServer::burst()
     for (int i = 0; i < count; ++i) {
         message.text.replace(0, 6, QStringLiteral("%1").arg(i, 6));
         sent += message.bytes().size();
-        client->writeData(message.bytes(), nullptr);
+        client->writeData(message.bytes(), GDUnixSocket::WriteCompletion());
     }
     QVERIFY(end.recorder->waitForBytes(sent));
     SocketMessageSplitter splitter;

@@ -38,7 +38,7 @@ QQueue<Folder> upperFolders(const QList<Document> &entries, const QString &root,
 }
 } // namespace
 
-QList<PanelItem> UserDocuments::favorites()
+QList<PanelItem> UserDocuments::favorites(const std::function<bool()> &wanted)
 {
     QList<PanelItem> found;
     QElapsedTimer clock;
@@ -46,7 +46,10 @@ QList<PanelItem> UserDocuments::favorites()
     try {
         QQueue<Folder> folders = upperFolders(documents.entries(), volumePath, found, documents);
         qsizetype seen = 0;
-        while (!folders.isEmpty() && seen < MaximumDocuments && !clock.hasExpired(milliseconds(MaximumTime).count())) {
+        const auto mayGoOn = [&] {
+            return seen < MaximumDocuments && !clock.hasExpired(milliseconds(MaximumTime).count()) && wanted();
+        };
+        while (!folders.isEmpty() && mayGoOn()) {
             const Folder folder = folders.dequeue();
             const QList<Document> inside = documents.list(folder.id);
             seen += inside.size();

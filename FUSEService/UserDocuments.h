@@ -3,6 +3,7 @@
 #include "panel/PanelItems.h"
 
 #include <chrono>
+#include <functional>
 
 namespace volume
 {
@@ -23,8 +24,8 @@ public:
     }
 
     /// Looks through the folders from the top, as the server has no list of favourites. What was found so far when the
-    /// server fails or a bound is reached.
-    QList<PanelItem> favorites();
+    /// server fails, a bound is reached or `wanted` says no.
+    QList<PanelItem> favorites(const std::function<bool()> &wanted);
     /// The first folder for documents of the user's own, null when the server tells none.
     QString ownFolder();
 

@@ -52,14 +52,15 @@ QString UserRequests::itemsFile(const QString &kind) const
     return surroundings.itemsFolder + u'/' + kind + u".json"_s;
 }
 
-void UserRequests::showPanel(const QString &kind, const QStringList &arguments)
+UserRequests::Panel UserRequests::showPanel(const QString &kind, const QStringList &arguments)
 {
-    std::unique_ptr<platform::Task> &panel = panels[kind];
+    Panel &panel = panels[kind];
     if (panel && panel->isRunning())
         panel->terminate(); // asked for again, it comes to the front
     panel = platform::Task::launch(surroundings.panelProgram, QStringList{kind} + arguments);
     if (!panel)
         platform::log(u"FUSEService: %1 cannot be started"_s.arg(surroundings.panelProgram));
+    return panel;
 }
 
 void UserRequests::writeTransfers()
@@ -82,9 +83,15 @@ void UserRequests::showFavorites()
 {
     const QString file = itemsFile(u"favorites"_s);
     QFile::remove(file); // of an earlier time
-    showPanel(u"favorites"_s, {file, surroundings.volume});
-    platform::inBackground(this, surroundings.favorites,
-                           [file](const QList<PanelItem> &items) { PanelItems::write(file, items); });
+    const Panel panel = showPanel(u"favorites"_s, {file, surroundings.volume});
+    if (!panel)
+        return;
+    // A window that was closed, or followed by another, waits for nothing.
+    const auto look = [find = surroundings.favorites, panel] { return find([panel] { return panel->isRunning(); }); };
+    platform::inBackground(this, look, [file, panel](const QList<PanelItem> &items) {
+        if (panel->isRunning())
+            PanelItems::write(file, items);
+    });
 }
 
 void UserRequests::showContentSearch()

@@ -21,8 +21,9 @@ public:
         QString itemsFolder;                         ///< for the user alone
         QString volume;                              ///< where the documents are mounted
         std::function<QList<PanelItem>()> transfers; ///< at once
-        std::function<QList<PanelItem>()> favorites; ///< blocks; background pool
-        std::function<QString()> uploadFolder;       ///< blocks; background pool
+        /// Blocks; background pool. May give up, with what it has, once `wanted` says no.
+        std::function<QList<PanelItem>(const std::function<bool()> &wanted)> favorites;
+        std::function<QString()> uploadFolder; ///< blocks; background pool
     };
     explicit UserRequests(Surroundings surroundings, QObject *parent = nullptr);
     /// Ends the windows.
@@ -42,10 +43,12 @@ public:
 
 private:
     QString itemsFile(const QString &kind) const;
-    void showPanel(const QString &kind, const QStringList &arguments);
+    using Panel = std::shared_ptr<platform::Task>;
+    /// Null when it cannot be shown.
+    Panel showPanel(const QString &kind, const QStringList &arguments);
     void writeTransfers();
 
     const Surroundings surroundings;
-    std::map<QString, std::unique_ptr<platform::Task>> panels; ///< the latest of each kind
-    QTimer refreshing;                                         ///< runs while the transfers are shown
+    std::map<QString, Panel> panels; ///< the latest of each kind
+    QTimer refreshing;               ///< runs while the transfers are shown
 };

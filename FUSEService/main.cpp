@@ -68,7 +68,7 @@ UserRequests::Surroundings requestSurroundings(volume::Volume &volume, const pla
             .itemsFolder = host.folders.temporary(),
             .volume = mountPoint,
             .transfers = [&volume, mountPoint] { return UserRequests::transfersOf(volume.unsavedPaths(), mountPoint); },
-            .favorites = [documents] { return documents->favorites(); },
+            .favorites = [documents](const std::function<bool()> &wanted) { return documents->favorites(wanted); },
             .uploadFolder = [documents] { return documents->ownFolder(); }};
 }
 

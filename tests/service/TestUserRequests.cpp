@@ -7,6 +7,9 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <atomic>
+#include <thread>
+
 using namespace Qt::StringLiterals;
 
 /// What the companion does when the manager's menu asks for something; a script stands for the program of the windows.
@@ -18,6 +21,7 @@ private Q_SLOTS:
     void answers_data();
     void answers();
     void transfersAreKeptUpToDate();
+    void closedWindowEndsItsSearch();
     void nothingToUploadTo();
     void missingProgram();
 
@@ -55,7 +59,7 @@ UserRequests::Surroundings TestUserRequests::surroundings()
             .volume = u"/v"_s,
             .transfers = [this] { return transfers; },
             .favorites =
-                [] {
+                [](const std::function<bool()> &) {
                     return QList<PanelItem>{{u"favourite"_s, u"/v/F"_s, {}}};
                 },
             .uploadFolder = [this] { return uploadFolder; }};
@@ -106,6 +110,28 @@ void TestUserRequests::transfersAreKeptUpToDate()
     QTRY_COMPARE(PanelItems::read(file), std::optional(transfers));
 }
 
+void TestUserRequests::closedWindowEndsItsSearch()
+{
+    std::atomic<int> searching = 0;
+    UserRequests::Surroundings slow = surroundings();
+    slow.favorites = [&searching](const std::function<bool()> &wanted) {
+        ++searching;
+        while (wanted())
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        --searching;
+        return QList<PanelItem>{{u"half"_s, u"/v"_s, {}}};
+    };
+    {
+        UserRequests requests(slow);
+        requests.showFavorites();
+        QTRY_COMPARE(searching, 1);
+        requests.showFavorites(); // closes the first
+        QTRY_COMPARE(searching, 1);
+    }
+    QTRY_COMPARE(searching, 0);
+    QVERIFY(!QFile::exists(folder->filePath(u"favorites.json"_s)));
+}
+
 void TestUserRequests::nothingToUploadTo()
 {
     uploadFolder = QString();
@@ -124,7 +150,7 @@ void TestUserRequests::missingProgram()
     UserRequests requests(without);
     requests.showTransfers();
     requests.showFavorites();
-    QTRY_VERIFY(PanelItems::read(folder->filePath(u"favorites.json"_s)));
+    requests.showContentSearch();
     QVERIFY(note().isEmpty());
 }
 

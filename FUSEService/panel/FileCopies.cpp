@@ -5,6 +5,8 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 QString FileCopies::copying()
@@ -20,6 +22,11 @@ QString FileCopies::done()
 QString FileCopies::failed()
 {
     return u"failed"_s;
+}
+
+bool FileCopies::hasFailures() const
+{
+    return std::any_of(copies.cbegin(), copies.cend(), [](const PanelItem &copy) { return copy.state == failed(); });
 }
 
 QString FileCopies::freeName(const QString &folder, const QString &name)

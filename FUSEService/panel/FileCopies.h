@@ -17,6 +17,8 @@ public:
     void start(const QStringList &files, const QString &folder);
     const QList<PanelItem> &items() const { return copies; }
     bool isBusy() const { return unfinished > 0; }
+    /// One file at least could not be copied.
+    bool hasFailures() const;
 
     /// A name that stands for `name` and is free in the folder.
     static QString freeName(const QString &folder, const QString &name);

@@ -73,7 +73,9 @@ std::unique_ptr<ListPanel> uploadPanel(const QString &folder)
     auto *copies = new FileCopies(panel.get());
     QObject::connect(copies, &FileCopies::changed, panel.get(), [panel = panel.get(), copies] {
         panel->setItems(copies->items());
-        panel->setStatus(copies->isBusy() ? text(u"正在上传…"_s) : text(u"上传完成"_s));
+        panel->setStatus(text(copies->isBusy()        ? u"正在上传…"_s
+                              : copies->hasFailures() ? u"部分文件上传失败"_s
+                                                      : u"上传完成"_s));
         // Somebody who closed the window meanwhile still gets everything copied.
         if (!copies->isBusy() && !panel->isVisible())
             QApplication::quit();

@@ -149,6 +149,7 @@ void TestPanels::copies()
     QCOMPARE(copies.items().at(0).state, FileCopies::done());
     QCOMPARE(copies.items().at(0).name, u"a.tar (2).gz"_s);
     QCOMPARE(copies.items().at(1).state, FileCopies::failed());
+    QVERIFY(copies.hasFailures());
     QFile kept(target + u"/a.tar.gz"_s);
     QVERIFY(kept.open(QIODevice::ReadOnly));
     QCOMPARE(kept.readAll(), QByteArray("old"));

@@ -1189,6 +1189,10 @@
         <source>输入文件名</source>
         <translation>Type a part of a file name and press Return</translation>
     </message>
+    <message>
+        <source>部分文件上传失败</source>
+        <translation>Some files could not be uploaded. Please try again later.</translation>
+    </message>
 </context>
 <context>
     <name>ThirdLoginWindowController</name>

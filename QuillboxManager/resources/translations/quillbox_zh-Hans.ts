@@ -1189,6 +1189,10 @@
         <source>输入文件名</source>
         <translation>输入文件名，按回车键搜索</translation>
     </message>
+    <message>
+        <source>部分文件上传失败</source>
+        <translation>部分文件上传失败，请稍后重试</translation>
+    </message>
 </context>
 <context>
     <name>ThirdLoginWindowController</name>

@@ -1189,6 +1189,10 @@
         <source>输入文件名</source>
         <translation>輸入檔案名稱，按 Enter 鍵搜尋</translation>
     </message>
+    <message>
+        <source>部分文件上传失败</source>
+        <translation>部分檔案上傳失敗，請稍後再試</translation>
+    </message>
 </context>
 <context>
     <name>ThirdLoginWindowController</name>

@@ -114,7 +114,16 @@ void ThirdLoginWindowController::willSendRequest(const QUrl &url)
 
 void ThirdLoginWindowController::signIn(const ThirdLoginRules::Sighting &sighting, const QString &userName)
 {
-    ThirdLoginCalls::signIn(networking, this, sighting, userName, strAuthID,
+    // One after another: a sign-in that begins overtakes the one before it, and the second use of a ticket is refused.
+    waiting.append({sighting, userName});
+    if (waiting.size() == 1)
+        exchangeNext();
+}
+
+void ThirdLoginWindowController::exchangeNext()
+{
+    const Exchange &next = waiting.first();
+    ThirdLoginCalls::signIn(networking, this, next.sighting, next.userName, strAuthID,
                             [this, number = attempt](const LoginAnswer &answer) {
                                 if (number == attempt)
                                     handleAnswer(answer);
@@ -124,6 +133,9 @@ void ThirdLoginWindowController::signIn(const ThirdLoginRules::Sighting &sightin
 void ThirdLoginWindowController::handleAnswer(const LoginAnswer &answer)
 {
     --exchanges;
+    waiting.removeFirst();
+    if (!waiting.isEmpty())
+        exchangeNext(); // whatever came of the one before
     const bool failed = !answer.answered || answer.error;
     if (failed && exchanges > 0)
         return; // the page has sent its ticket twice; the other sign-in decides
@@ -151,6 +163,7 @@ void ThirdLoginWindowController::endAttempt()
 {
     ++attempt;
     exchanges = 0;
+    waiting.clear();
     webView->unload();
 }
 

@@ -42,6 +42,7 @@ protected:
 private:
     void willSendRequest(const QUrl &url);
     void signIn(const ThirdLoginRules::Sighting &sighting, const QString &userName);
+    void exchangeNext();
     void handleAnswer(const LoginAnswer &answer);
     void showFailure(const LoginAnswer &answer);
     /// Nothing of the attempt so far concerns anyone any more.
@@ -57,5 +58,11 @@ private:
     QString strAuthID;
     QString matchUrl;  ///< empty: the server names no return address
     int attempt = 0;   ///< number of the present one; later answers of others are dropped
-    int exchanges = 0; ///< sign-ins of this attempt that are under way
+    int exchanges = 0; ///< sign-ins of this attempt that have no answer yet
+
+    struct Exchange {
+        ThirdLoginRules::Sighting sighting;
+        QString userName;
+    };
+    QList<Exchange> waiting; ///< those whose user name is known; the first is under way
 };

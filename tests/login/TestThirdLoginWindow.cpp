@@ -8,6 +8,8 @@
 
 #include <QJsonDocument>
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 using testing::ScriptedAnswer;
 
@@ -18,6 +20,7 @@ namespace
 const QByteArray configuration = "POST /api/v1/auth1?method=getconfig";
 const QByteArray exchange = "POST /api/v1/auth1?method=getbythirdparty";
 const QByteArray session = R"({"expires":3600,"userid":"u1","tokenid":"t1"})";
+const QByteArray refusal = R"({"errcode":401001,"errmsg":"said"})";
 const QString ticketAddress = u"https://docs.example/#/?ticket=ST-1"_s;
 
 struct SingleSignOn : LoginScene {
@@ -110,7 +113,7 @@ void TestThirdLoginWindow::failure_data()
 {
     QTest::addColumn<ScriptedAnswer>("answer");
     QTest::addColumn<QString>("text");
-    QTest::newRow("refused") << ScriptedAnswer::json(R"({"errcode":401001,"errmsg":"said"})") << u"said"_s;
+    QTest::newRow("refused") << ScriptedAnswer::json(refusal) << u"said"_s;
     QTest::newRow("no session") << ScriptedAnswer::json("{}") << u"NoSession"_s;
     QTest::newRow("garbage") << ScriptedAnswer::reply("<html>") << QString();
     QTest::newRow("cut") << ScriptedAnswer::raw("HTTP/1.1 200 OK\r\nContent-Length: 90\r\n\r\n{") << QString();
@@ -152,26 +155,33 @@ void TestThirdLoginWindow::twice_data()
 {
     QTest::addColumn<QByteArray>("first");
     QTest::addColumn<QByteArray>("second");
-    const QByteArray refusal = R"({"errcode":401001,"errmsg":"said"})";
     QTest::newRow("second refused") << session << refusal;
     QTest::newRow("first refused") << refusal << session;
 }
 
+/// The server takes a ticket once.
 void TestThirdLoginWindow::twice()
 {
     QFETCH(QByteArray, first);
     QFETCH(QByteArray, second);
     SingleSignOn scene;
     scene.begin();
-    scene.server.expect(exchange, ScriptedAnswer::json(first)).expect(exchange, ScriptedAnswer::json(second));
-    scene.server.answerAll(ScriptedAnswer::json("{}"));
+    scene.server.expect(exchange, ScriptedAnswer::json(first));
+    if (second == session)
+        scene.server.expect(exchange, ScriptedAnswer::json(second));
+    scene.server.answerAll(ScriptedAnswer::json(refusal));
     scene.send(ticketAddress);
     scene.send(ticketAddress);
-    QVERIFY(scene.server.waitForRequests(1));
     AWAIT(!scene.posted.isEmpty());
     QCOMPARE(scene.posted, QStringList{NotificationNames::loginSuccess()});
+    const auto sent = [&] {
+        const QByteArrayList requests = scene.server.requests();
+        return std::count_if(requests.begin(), requests.end(),
+                             [](const QByteArray &request) { return request.startsWith(exchange); });
+    };
+    AWAIT(sent() == 2);
     QVERIFY(!SingleSignOn::alert());
-    AWAIT(scene.server.complaint().isNull()); // both were sent
+    QCOMPARE(scene.server.complaint(), QString());
 }
 
 void TestThirdLoginWindow::closedBeforeTheName()
@@ -193,7 +203,7 @@ void TestThirdLoginWindow::lateAnswer()
 {
     SingleSignOn scene;
     scene.begin();
-    ScriptedAnswer slow = ScriptedAnswer::json(R"({"errcode":401001,"errmsg":"said"})");
+    ScriptedAnswer slow = ScriptedAnswer::json(refusal);
     slow.drip = std::chrono::milliseconds(2);
     scene.server.expect(exchange, slow);
     scene.send(ticketAddress);

@@ -81,7 +81,9 @@ void LoginWindowView::setUpTexts()
     QPalette quiet = controls->txtVersionMessage->palette();
     quiet.setColor(QPalette::WindowText, StyleKit::secondaryTextColor());
     controls->txtVersionMessage->setPalette(quiet);
+    // One size, so that the two ends of the line stand on it.
     controls->txtVersionMessage->setFont(QBFont::SYsystemFontOfSize(QBFont::SystemFontSize - 1));
+    controls->btnServerSetting->setFont(controls->txtVersionMessage->font());
     const QString version = platform::Bundle::main().shortVersion();
     controls->txtVersionMessage->setVisible(!version.isEmpty());
     controls->txtVersionMessage->setText(localizedString(QStringLiteral("当前版本")) + version);

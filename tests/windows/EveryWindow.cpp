@@ -80,8 +80,8 @@ Controller openChangePassword(ServedScene &scene)
 
 Controller openServerSettings(ServedScene &scene)
 {
-    auto settings =
-        std::make_shared<ServerSettingWindowController>(*scene.networking, scene.client.defaults, scene.center);
+    auto settings = std::make_shared<ServerSettingWindowController>(*scene.networking, scene.client.defaults,
+                                                                    platform::NotificationCenter::defaultCenter());
     settings->setNecessary(true);
     settings->showServerSettingWindowWithCode(0);
     return settings;

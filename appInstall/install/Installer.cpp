@@ -46,6 +46,10 @@ bool Installer::run()
     if (!problem.isNull()) {
         surroundings.images.detach(request.image);
         platform::log(refused(request.bundle, problem));
+        // The manager made way in vain, as for a bundle that an administrator installed.
+        if (problemWithPath(request.bundle).isNull() && problemWithProduct(request.bundle).isNull() &&
+            client.waitForEnd())
+            startWhereNoneRuns();
         return false;
     }
     const InstallLock lock(surroundings.lockFolder, lockPatience);

@@ -9,7 +9,8 @@
 namespace testing
 {
 
-/// Whether this user may mount images; some machines offer the device to root alone.
+/// Whether this user may mount images; some machines offer the device to root alone. Where it can be opened, or an
+/// image was mounted all the same, no test is left out.
 bool imagesCanBeAttached();
 
 void writeFile(const QString &path, const QByteArray &content, int mode = 0644);

@@ -90,7 +90,7 @@ void TestHostTools::init()
 {
     folder = std::make_unique<QTemporaryDir>();
     volumes = folder->filePath(QStringLiteral("Vol umes'"));
-    qputenv("QUILLBOX_VOLUMES", QFile::encodeName(volumes));
+    qputenv("QUILLBOX_VOLUMES", QFile::encodeName(volumes) + "/../Vol umes'//"); // meant is what the mount table names
 }
 
 void TestHostTools::cleanup()

@@ -326,6 +326,7 @@ void TestLinuxHost::findsAndEndsApplications()
     workspace.terminate({identifier, 0});
     workspace.terminate({identifier, -1});
     QVERIFY(application->isRunning() && helper->isRunning());
+    ::kill(static_cast<pid_t>(application->processId()), SIGSTOP);
     workspace.terminate(found.first());
     QTRY_VERIFY(!application->isRunning());
     QVERIFY(workspace.runningApplications(identifier).isEmpty());
@@ -393,7 +394,7 @@ void TestLinuxHost::findsFolders()
         const Variable configuration("XDG_CONFIG_HOME", QStringLiteral("/c"));
         const Variable data("XDG_DATA_HOME", QStringLiteral("/d"));
         const Variable cache("XDG_CACHE_HOME", QStringLiteral("/e"));
-        const Variable volumes("QUILLBOX_VOLUMES", QStringLiteral("/v"));
+        const Variable volumes("QUILLBOX_VOLUMES", QStringLiteral("/proc/self/root//v/"));
         QCOMPARE(folders.userDefaultsFile(), QStringLiteral("/c/com.velto.quillbox.plist"));
         QCOMPARE(folders.library(), QStringLiteral("/d/com.velto.quillbox/Library"));
         QCOMPARE(folders.fonts(), QStringLiteral("/d/fonts"));

@@ -2,8 +2,10 @@
 
 #include "platform/Log.h"
 
+#include <QDir>
 #include <QFile>
 
+#include <filesystem>
 #include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -108,7 +110,13 @@ QString LinuxFolders::temporary() const
 QString LinuxFolders::volumes() const
 {
     const QString folder = absoluteVariable("QUILLBOX_VOLUMES");
-    return folder.isNull() ? QStringLiteral("/Volumes") : folder;
+    if (folder.isNull())
+        return QStringLiteral("/Volumes");
+    // As the mount table will name it: without links and slashes too many.
+    std::error_code failure;
+    const auto real =
+        std::filesystem::weakly_canonical(QFile::encodeName(QDir::cleanPath(folder)).toStdString(), failure);
+    return failure ? folder : QFile::decodeName(real.c_str());
 }
 
 QString LinuxFolders::userDefaultsFile() const

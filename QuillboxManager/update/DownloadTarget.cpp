@@ -14,6 +14,11 @@ bool isFileName(const QString &name)
            !name.contains(QChar::Null);
 }
 
+QString partialIn(const QString &folder)
+{
+    return folder + QStringLiteral("/.com.velto.quillbox.download");
+}
+
 Occupant occupantOf(const QString &path)
 {
     const QFileInfo information(path);

@@ -11,6 +11,9 @@ namespace DownloadTarget
 /// A name for a file in a folder: not empty, ".", "..", no slash, no zero character.
 bool isFileName(const QString &name);
 
+/// The hidden file that an image grows in before it gets its name. A client that was ended meanwhile leaves it behind.
+QString partialIn(const QString &folder);
+
 enum class Occupant { Nobody, File, Other };
 /// What is at the path; links are not followed and count as Other.
 Occupant occupantOf(const QString &path);

@@ -54,8 +54,7 @@ int moveWithoutReplacing(const QString &from, const QString &to)
 } // namespace
 
 ImageSink::ImageSink(const QString &targetPath, Progress progress)
-    : target(targetPath), partial(QFileInfo(targetPath).path() + QStringLiteral("/.com.velto.quillbox.download")),
-      report(std::move(progress))
+    : target(targetPath), partial(DownloadTarget::partialIn(QFileInfo(targetPath).path())), report(std::move(progress))
 {
 }
 

@@ -11,8 +11,11 @@
 #include "shell/UncaughtExceptionHandler.h"
 #include "ui/StyleKit.h"
 #include "ui/TestIdentifiers.h"
+#include "update/DownloadTarget.h"
+#include "update/UpdatePlaces.h"
 
 #include <QApplication>
+#include <QFile>
 #include <QTimer>
 
 int main(int argc, char **argv)
@@ -45,7 +48,10 @@ int main(int argc, char **argv)
         delegate.applicationDidFinishLaunching();
         // The event loop runs: this version works, which an installer may be waiting to hear.
         QTimer::singleShot(0, &application, [&bundle] {
-            platform::dispatchGlobal([&bundle] { install::clearLeftovers(platform::host(), bundle); });
+            platform::dispatchGlobal([&bundle] {
+                QFile::remove(DownloadTarget::partialIn(UpdatePlaces::ofHost().downloads));
+                install::clearLeftovers(platform::host(), bundle);
+            });
         });
         status = QApplication::exec();
     }

@@ -15,7 +15,15 @@ MenuRowView::MenuRowView(MenuRow &menuItem, QWidget *parent) : QAbstractButton(p
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     connect(&item, &MenuRow::lookChanged, this, &MenuRowView::follow);
     connect(this, &QAbstractButton::clicked, this, &MenuRowView::mouseUp);
+    if (QMenu *menu = surroundingMenu())
+        connect(menu, &QMenu::hovered, this, &MenuRowView::followMenu);
     follow();
+}
+
+/// The keyboard goes into and out of submenus without the focus. An entry stays highlighted while it is used there.
+void MenuRowView::followMenu(const QAction *active)
+{
+    item.setQBHighlighted(active == &item || (item.menu() && item.menu()->actions().contains(active)));
 }
 
 void MenuRowView::follow()
@@ -43,6 +51,9 @@ void MenuRowView::mouseEntered()
     // The menu does not see the pointer over a row that draws itself: it is told, for the sake of its keyboard and its
     // submenus.
     if (QMenu *menu = surroundingMenu()) {
+        // A disabled row does not become the active one and takes the place of the keyboard's all the same.
+        if (auto *earlier = qobject_cast<MenuRow *>(menu->activeAction()); earlier && earlier != &item)
+            earlier->setQBHighlighted(false);
         menu->setActiveAction(&item);
         setFocus(Qt::MouseFocusReason);
     }
@@ -110,15 +121,17 @@ void MenuRowView::leaveEvent(QEvent *event)
 
 void MenuRowView::focusInEvent(QFocusEvent *event)
 {
-    // A window that comes to the front shows no chosen entry before the user chose one.
-    if (event->reason() != Qt::ActiveWindowFocusReason)
+    // A window that comes to the front, or a menu, shows no chosen entry before the user chose one.
+    const QMenu *menu = surroundingMenu();
+    if (menu ? menu->activeAction() == &item : event->reason() != Qt::ActiveWindowFocusReason)
         item.setQBHighlighted(true);
     QAbstractButton::focusInEvent(event);
 }
 
 void MenuRowView::focusOutEvent(QFocusEvent *event)
 {
-    item.setQBHighlighted(false);
+    if (!surroundingMenu())
+        item.setQBHighlighted(false);
     QAbstractButton::focusOutEvent(event);
 }
 

@@ -52,4 +52,5 @@ private:
     QMenu *surroundingMenu() const;
     void endTracking();
     void follow();
+    void followMenu(const QAction *active);
 };

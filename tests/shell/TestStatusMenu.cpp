@@ -252,6 +252,18 @@ void TestStatusMenu::keyboard()
         press(Qt::Key_Down);
     QCOMPARE(highlighted(), 2);
     press(Qt::Key_Down);
+    const QMenu *submenu = scene.action(3)->menu();
+    const auto *inner = qobject_cast<MenuRow *>(submenu->actions().first());
+    for (int visit = 0; visit < 2; ++visit) {
+        press(Qt::Key_Right);
+        QTRY_VERIFY(submenu->isVisible());
+        QVERIFY(inner->QBHighlighted());
+        QCOMPARE(highlighted(), 3);
+        press(Qt::Key_Left);
+        QTRY_VERIFY(!submenu->isVisible());
+        QCOMPARE(highlighted(), 3);
+        QVERIFY(!inner->QBHighlighted());
+    }
     press(Qt::Key_Down);
     QCOMPARE(highlighted(), 4);
     press(Qt::Key_Down);

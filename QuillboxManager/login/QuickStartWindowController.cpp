@@ -39,6 +39,7 @@ void QuickStartWindowController::windowDidLoad()
     form->titleView->setText(platform::localizedString(QStringLiteral("快速入门"), QStringLiteral("QuickStart")));
     form->titleView->setFont(QBFont::SYsystemFontOfSize(QBFont::SystemFontSize + 1));
     connect(webView, &WebPanel::backRequested, this, [this] { window()->close(); });
+    connect(webView, &WebPanel::escapePressed, this, [this] { window()->close(); });
 }
 
 void QuickStartWindowController::loadQuickStartWebView()

@@ -63,6 +63,7 @@ void ResetPWWindowController::windowDidLoad()
     });
     connect(webView, &WebPanel::scriptMessage, this, &ResetPWWindowController::didReceiveScriptMessage);
     connect(webView, &WebPanel::backRequested, this, [this] { window()->close(); });
+    connect(webView, &WebPanel::escapePressed, this, [this] { window()->close(); });
     readServerConfig([this](const ServerReply &serverConfig) { begin(serverConfig); });
 }
 

@@ -28,6 +28,13 @@ QString userNameScript()
     return QStringLiteral("document.getElementById(\"username\").value");
 }
 
+/// For the log. Pages may repeat the ticket in front of its own place, in the path.
+QString withoutTicket(const QString &address, const QString &ticket)
+{
+    const QString shown = platform::redactedURL(address);
+    return ticket.isEmpty() ? shown : QString(shown).replace(ticket, QStringLiteral("***"));
+}
+
 QBAlert::Alert alertOf(const QString &text, const QString &button)
 {
     QBAlert::Alert alert = QBAlert::make(QMessageBox::Warning, ownText(QStringLiteral("failed")), text);
@@ -82,6 +89,7 @@ void ThirdLoginWindowController::windowDidLoad()
     form->titleView->setFont(QBFont::SYsystemFontOfSize(QBFont::SystemFontSize + 1));
     connect(webView, &WebPanel::willSendRequest, this, &ThirdLoginWindowController::willSendRequest);
     connect(webView, &WebPanel::backRequested, this, [this] { window()->close(); });
+    connect(webView, &WebPanel::escapePressed, this, [this] { window()->close(); });
 }
 
 void ThirdLoginWindowController::loadThirdWebView()
@@ -103,7 +111,7 @@ void ThirdLoginWindowController::willSendRequest(const QUrl &url)
     if (sighting.kind == ThirdLoginRules::Sighting::Kind::Nothing)
         return;
     if (sighting.kind == ThirdLoginRules::Sighting::Kind::Ticket)
-        platform::log(QStringLiteral("符合要求%1").arg(platform::redactedURL(address)));
+        platform::log(QStringLiteral("符合要求%1").arg(withoutTicket(address, sighting.ticket)));
     ++exchanges;
     webView->setWaiting(true);
     webView->evaluate(userNameScript(), [this, sighting, number = attempt](const QString &userName) {

@@ -174,6 +174,7 @@ void WebPanel::connectBrowser()
     WebBrowser *page = browser.get();
     connect(page, &WebBrowser::willSendRequest, this, &WebPanel::willSendRequest);
     connect(page, &WebBrowser::scriptMessage, this, &WebPanel::scriptMessage);
+    connect(page, &WebBrowser::escapePressed, this, &WebPanel::escapePressed);
     connect(page, &WebBrowser::failed, this, &WebPanel::explain);
     connect(page, &WebBrowser::documentReady, this, &WebPanel::showPage);
     connect(page, &WebBrowser::navigationFinished, this, [this](bool ok) {

@@ -51,6 +51,8 @@ Q_SIGNALS:
     void willSendRequest(const QUrl &url);
     void navigationFinished(bool ok);
     void scriptMessage(const QString &name, const QVariant &body);
+    /// In the page, which did nothing with it.
+    void escapePressed();
     /// The page failed and the panel says so; any web address may fail, so this is for logs.
     void failed(const QString &text);
 

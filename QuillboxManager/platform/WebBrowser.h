@@ -64,6 +64,8 @@ Q_SIGNALS:
     void navigationFinished(bool ok);
     /// `body` as the page posted it: text, number, bool, list or map; invalid for null. Untrusted.
     void scriptMessage(const QString &name, const QVariant &body);
+    /// The user pressed Escape in the page, which did not want it for itself.
+    void escapePressed();
     /// There is nothing to look at; `text` says why in the words of the browser, for the log. The page's process may be
     /// gone or stuck: another try is for another browser.
     void failed(platform::WebBrowser::Failure failure, const QString &text);

@@ -51,7 +51,8 @@ AppDelegate::AppDelegate(shell::ShellContext given)
           context.present),
       serverCheck(context.networking, context.defaults), loginSuccess(context.networking),
       flow(context.networking, context.center, context.windows, *this),
-      quickStart(context.networking, context.bundle.shortVersion()),
+      quickStart(context.networking, context.bundle.shortVersion(),
+                 [&workspace = context.host.workspace](const QUrl &address) { workspace.openURL(address); }),
       updateFlow(context.networking, context.bundle, context.installer, *this, flow),
       menu([this](int tag) { return validateUserInterfaceItem(tag); }), item(*menu.menu(), context.makeTrayHost())
 {

@@ -22,29 +22,29 @@ bool isWebAddress(const QUrl &url)
 }
 
 /// Blocks. Nothing when there is no need.
-std::optional<QUrl> askForIntroduction(QBNetworking &networking, const QString &version)
+std::optional<Introduction> askForIntroduction(QBNetworking &networking, const QString &version)
 {
     QBError error;
     const ServerReply config = networking.getConfig(&error);
     if (!config || !JsonValues::boolean(*config, ShellStrings::needQuickStartKey()))
         return std::nullopt;
     const ServerReply oemConfig = networking.getOEMConfigBySection(&error);
-    return introductionAddress(oemConfig, platform::localizedString(ShellStrings::quickStartURL()), version);
+    return introductionFor(oemConfig, platform::localizedString(ShellStrings::quickStartURL()), version);
 }
 } // namespace
 
-QUrl introductionAddress(const ServerReply &oemConfig, const QString &page, const QString &version)
+Introduction introductionFor(const ServerReply &oemConfig, const QString &page, const QString &version)
 {
     QString own = JsonValues::text(oemConfig.value_or(QJsonObject()), ShellStrings::quickStartURL());
     if (!isWebAddress(QUrl(own, QUrl::StrictMode)))
-        return QUrl(helpAddress(page, version));
+        return {QUrl(helpAddress(page, version)), false};
     if (!own.contains(u'?'))
         own += u'?';
-    return QUrl(helpAddress(own, version));
+    return {QUrl(helpAddress(own, version)), true};
 }
 
-QuickStart::QuickStart(QBNetworking &client, const QString &version, WindowMaker maker, QObject *parent)
-    : QObject(parent), networking(client), clientVersion(version),
+QuickStart::QuickStart(QBNetworking &client, const QString &version, Opener opener, WindowMaker maker, QObject *parent)
+    : QObject(parent), networking(client), clientVersion(version), openExternally(std::move(opener)),
       makeWindow(maker ? std::move(maker) : [] { return std::make_unique<QuickStartWindowController>(); })
 {
 }
@@ -55,19 +55,27 @@ void QuickStart::openIfNeeded()
 {
     platform::inBackground(
         this, [&client = networking, version = clientVersion] { return askForIntroduction(client, version); },
-        [this, asked = session](const std::optional<QUrl> &address) {
-            if (address && asked == session)
-                open(*address);
+        [this, asked = session](const std::optional<Introduction> &introduction) {
+            if (introduction && asked == session)
+                open(*introduction);
         });
 }
 
-void QuickStart::open(const QUrl &address)
+void QuickStart::open(const Introduction &introduction)
+{
+    if (introduction.isOwn)
+        openWindow(introduction.address);
+    else
+        openExternally(introduction.address);
+    platform::dispatchGlobal([&client = networking] { client.setquickstartstatus(nullptr); });
+}
+
+void QuickStart::openWindow(const QUrl &address)
 {
     window = makeWindow();
     window->initWithWindowNibName(QStringLiteral("QuickStartWindowController"), address);
     window->showWindow();
     window->loadQuickStartWebView();
-    platform::dispatchGlobal([&client = networking] { client.setquickstartstatus(nullptr); });
 }
 
 void QuickStart::close()

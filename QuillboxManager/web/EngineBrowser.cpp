@@ -130,11 +130,17 @@ void EngineBrowser::readLine(const QString &text)
     const std::optional<ScriptBridge::Line> line = bridge.read(text);
     if (!line)
         return;
-    if (line->isReady) {
+    switch (line->kind) {
+    case ScriptBridge::Line::Kind::Ready:
         blankPages.look();
         Q_EMIT documentReady();
-    } else {
+        break;
+    case ScriptBridge::Line::Kind::Escape:
+        Q_EMIT escapePressed();
+        break;
+    case ScriptBridge::Line::Kind::Message:
         Q_EMIT scriptMessage(line->handler, line->body);
+        break;
     }
 }
 

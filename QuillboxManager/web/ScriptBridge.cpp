@@ -13,6 +13,11 @@ QString readyWord()
 {
     return QStringLiteral("ready");
 }
+
+QString escapeWord()
+{
+    return QStringLiteral("escape");
+}
 } // namespace
 
 ScriptBridge::ScriptBridge() : prefix(QUuid::createUuid().toString()) {}
@@ -45,7 +50,13 @@ QString ScriptBridge::handlerScript() const
 
 QString ScriptBridge::readyScript() const
 {
-    return QStringLiteral("console.log('%1%2');").arg(prefix, readyWord());
+    // Listeners of the page that come after this one have their say too before the key counts as unwanted.
+    return QStringLiteral("console.log('%1%2');"
+                          "addEventListener('keydown', event => {"
+                          "  if (event.key === 'Escape' && event.isTrusted && !event.isComposing)"
+                          "    setTimeout(() => { if (!event.defaultPrevented) console.log('%1%3'); });"
+                          "});")
+        .arg(prefix, readyWord(), escapeWord());
 }
 
 std::optional<ScriptBridge::Line> ScriptBridge::read(const QString &consoleLine) const
@@ -54,11 +65,13 @@ std::optional<ScriptBridge::Line> ScriptBridge::read(const QString &consoleLine)
         return std::nullopt;
     const QString content = consoleLine.mid(prefix.size());
     if (content == readyWord())
-        return Line{.isReady = true, .handler = {}, .body = {}};
+        return Line{.kind = Line::Kind::Ready, .handler = {}, .body = {}};
+    if (content == escapeWord())
+        return Line{.kind = Line::Kind::Escape, .handler = {}, .body = {}};
     const QJsonArray message = QJsonDocument::fromJson(content.toUtf8()).array();
     const QString handler = message.at(0).toString();
     if (message.size() != 2 || !handlers.contains(handler))
         return std::nullopt;
     const QJsonValue body = message.at(1);
-    return Line{.isReady = false, .handler = handler, .body = body.isNull() ? QVariant() : body.toVariant()};
+    return Line{.kind = Line::Kind::Message, .handler = handler, .body = body.isNull() ? QVariant() : body.toVariant()};
 }

@@ -13,8 +13,14 @@ class ScriptBridge
 public:
     /// One line of a page.
     struct Line {
-        bool isReady = false; ///< the document is there
-        QString handler;      ///< otherwise: which handler was sent the body
+        enum class Kind {
+            Ready,   ///< the document is there
+            Escape,  ///< the key was pressed, and the page did nothing with it
+            Message, ///< a handler was sent the body
+        };
+
+        Kind kind = Kind::Message;
+        QString handler;
         QVariant body;
     };
 

@@ -44,7 +44,7 @@ void TestWebParts::lines()
     bridge.addHandler(u"done"_s);
     const QString ready = bridge.readyScript();
     const QString prefix = ready.mid(ready.indexOf(u'{'), ready.indexOf(u'}') - ready.indexOf(u'{') + 1);
-    QVERIFY(bridge.read(prefix + u"ready"_s)->isReady);
+    QCOMPARE(bridge.read(prefix + u"ready"_s)->kind, ScriptBridge::Line::Kind::Ready);
     const auto line = bridge.read(prefix + content);
     QCOMPARE(line.has_value(), meant);
     if (line)

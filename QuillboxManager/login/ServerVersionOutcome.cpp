@@ -13,8 +13,8 @@ Kind of(const QBError &error, const ServerReply &reply)
 {
     if (error && error.code() == IllegalParameterCode)
         return Kind::IllegalParameter;
-    if (error && error.code() != NoUpdatePackageCode)
-        return Kind::ShowError;
+    if (error) // whatever came with it is no answer
+        return error.code() == NoUpdatePackageCode ? Kind::Finish : Kind::ShowError;
     const QJsonValue result = reply ? reply->value(QStringLiteral("result")) : QJsonValue();
     const bool absent = result.isUndefined() || result.isNull();
     return absent || result.toString() == QLatin1String("ok") ? Kind::Finish : Kind::AskForUpdate;

@@ -335,6 +335,7 @@ def update_manager_killed(stage):
         wait_for("the application to run", scene.managers, 10)
         scene.check_tidy()
         scene.check_whole()
+        wait_for("the half image to go", lambda: not set(os.listdir(scene.downloads)) - {"Quillbox.dmg"}, 10)
         scene.reinstall()
         for left in os.listdir(scene.downloads):
             os.remove(os.path.join(scene.downloads, left))

@@ -61,10 +61,8 @@ private Q_SLOTS:
     void laterGoesOn_data();
     void laterGoesOn();
     void updatesAndEnds();
-    void saysWhyThereIsNoUpdate_data();
     void saysWhyThereIsNoUpdate();
-    void closingEnds_data();
-    void closingEnds();
+    void closingTheProgressEnds();
 };
 
 void TestUpdateFlow::laterGoesOn_data()
@@ -117,23 +115,13 @@ void TestUpdateFlow::updatesAndEnds()
     QVERIFY(!scene.flag()); // the end takes it back
 }
 
-void TestUpdateFlow::saysWhyThereIsNoUpdate_data()
-{
-    QTest::addColumn<bool>("fromServerWindow");
-    QTest::newRow("at the start") << false;
-    QTest::newRow("in the server window") << true;
-}
-
 void TestUpdateFlow::saysWhyThereIsNoUpdate()
 {
-    QFETCH(bool, fromServerWindow);
     UpdateScene scene(u"forced"_s, ScriptedAnswer::reply("", 404));
-    if (fromServerWindow)
-        scene.delegate().showServerSettingWindowWithCode(0);
     scene.networking.setDicUpdateVersion(
         QJsonObject{{u"result"_s, u"forced"_s}, {u"downloadurl"_s, scene.image.url(u"/q.dmg"_s)}});
     scene.globe.setServer({u"127.0.0.1"_s, QString::number(scene.server->server->httpPort()), false});
-    scene.delegate().showUpdateQBVersionWindow(fromServerWindow);
+    scene.delegate().showUpdateQBVersionWindow(false);
     QTRY_VERIFY(UpdateScene::prompt());
     UpdateScene::button(u"btnUpdateNow"_s)->click();
     QTRY_COMPARE(scene.serverMessage(), downloadFaultText(DownloadFault::HttpStatus, u"404"_s));
@@ -143,28 +131,18 @@ void TestUpdateFlow::saysWhyThereIsNoUpdate()
     QTRY_VERIFY(UpdateScene::prompt());
     UpdateScene::button(u"btnUpdateNow"_s)->click();
     QTRY_COMPARE(scene.image.requests().size(), 2);
-    QTRY_VERIFY(!UpdateScene::progress());
+    QTRY_VERIFY(!UpdateScene::progress() && scene.serverWindowShows());
     QCOMPARE(scene.ended, 0);
 }
 
-void TestUpdateFlow::closingEnds_data()
+void TestUpdateFlow::closingTheProgressEnds()
 {
-    QTest::addColumn<bool>("whileDownloading");
-    QTest::newRow("the question") << false;
-    QTest::newRow("the progress") << true;
-}
-
-void TestUpdateFlow::closingEnds()
-{
-    QFETCH(bool, whileDownloading);
     UpdateScene scene(u"optional"_s);
     scene.delegate().applicationDidFinishLaunching();
     QTRY_VERIFY(UpdateScene::prompt());
-    if (whileDownloading) {
-        UpdateScene::button(u"btnUpdateNow"_s)->click();
-        QVERIFY(scene.image.waitForRequests(1));
-    }
-    (whileDownloading ? UpdateScene::progress() : UpdateScene::prompt())->close();
+    UpdateScene::button(u"btnUpdateNow"_s)->click();
+    QVERIFY(scene.image.waitForRequests(1));
+    UpdateScene::progress()->close();
     QTRY_COMPARE(scene.ended, 1);
     QVERIFY(!scene.loginShows());
 }

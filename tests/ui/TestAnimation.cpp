@@ -1,4 +1,3 @@
-#include "platform/linux/LinuxReducedMotion.h"
 #include "support/TestMain.h"
 #include "ui/QBBox.h"
 #include "ui/animation/BasicAnimation.h"
@@ -16,12 +15,14 @@
 namespace
 {
 /// A refresh whose time the test moves.
-class ManualRefresh : public DisplayRefresh
-{
-public:
+struct ManualRefresh : DisplayRefresh {
     ManualRefresh() { setReducedMotion(false); }
-
     double now() const override { return time; }
+    void setTicking(bool ticks) override
+    {
+        DisplayRefresh::setTicking(ticks);
+        starts += ticks;
+    }
     void pass(double seconds, double frame = 1.0 / 60)
     {
         for (const double end = time + seconds; time < end - 1e-9;) {
@@ -30,15 +31,6 @@ public:
         }
     }
 
-protected:
-    void setTicking(bool ticks) override
-    {
-        DisplayRefresh::setTicking(ticks);
-        if (ticks)
-            ++starts;
-    }
-
-public:
     double time = 100;
     int starts = 0;
 };
@@ -69,7 +61,6 @@ class TestAnimation : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void easing_data();
     void easing();
     void retarget();
     void spring_data();
@@ -85,34 +76,22 @@ private Q_SLOTS:
     void gone();
     void restartedAtItsEnd();
     void reducedMotion();
-    void desktopsWish_data();
-    void desktopsWish();
     void idleCostsNothing();
 };
 
 REGISTER_TEST(TestAnimation)
 
-void TestAnimation::easing_data()
-{
-    QTest::addColumn<QEasingCurve::Type>("curve");
-    QTest::addColumn<double>("quarter");
-    QTest::newRow("linear") << QEasingCurve::Linear << 25.0;
-    QTest::newRow("in") << QEasingCurve::InQuad << 6.25;
-    QTest::newRow("out") << QEasingCurve::OutQuad << 43.75;
-}
-
 void TestAnimation::easing()
 {
-    QFETCH(QEasingCurve::Type, curve);
     ManualRefresh refresh;
     Number number;
     BasicAnimation animation(number.property(), nullptr, refresh);
     animation.setTo(100);
     animation.setDuration(2);
-    animation.setEasing(curve);
+    animation.setEasing(QEasingCurve::InQuad);
     animation.start();
     refresh.pass(0.5, 0.125);
-    QTEST(number.value(), "quarter");
+    QCOMPARE(number.value(), 6.25);
     refresh.pass(10, 10); // one very late frame lands on the end and not beyond
     QCOMPARE(number.value(), 100.0);
     animation.setFrom(50);
@@ -239,16 +218,15 @@ void TestAnimation::properties_data()
     QTest::addColumn<QVariant>("from");
     QTest::addColumn<QVariant>("to");
     QTest::addColumn<QVariant>("half");
-    QTest::newRow("whole number") << QByteArray("minimumHeight") << QVariant(10) << QVariant(21) << QVariant(16);
-    QTest::newRow("number") << QByteArray("cornerRadius") << QVariant(0.0) << QVariant(3.0) << QVariant(1.5);
-    QTest::newRow("place") << QByteArray("pos") << QVariant(QPoint(0, 10)) << QVariant(QPoint(20, 20))
-                           << QVariant(QPoint(10, 15));
-    QTest::newRow("size") << QByteArray("size") << QVariant(QSize(20, 20)) << QVariant(QSize(40, 80))
-                          << QVariant(QSize(30, 50));
-    QTest::newRow("rectangle") << QByteArray("geometry") << QVariant(QRect(0, 0, 20, 20))
-                               << QVariant(QRect(10, 20, 40, 60)) << QVariant(QRect(5, 10, 30, 40));
-    QTest::newRow("colour") << QByteArray("borderColor") << QVariant(QColor(Qt::black)) << QVariant(QColor(Qt::white))
-                            << QVariant(QColor::fromRgbF(0.5F, 0.5F, 0.5F));
+    const auto row = [](const char *name, const QVariant &from, const QVariant &to, const QVariant &half) {
+        QTest::newRow(name) << QByteArray(name) << from << to << half;
+    };
+    row("minimumHeight", 10, 21, 16);
+    row("cornerRadius", 0.0, 3.0, 1.5);
+    row("pos", QPoint(0, 10), QPoint(20, 20), QPoint(10, 15));
+    row("size", QSize(20, 20), QSize(40, 80), QSize(30, 50));
+    row("geometry", QRect(0, 0, 20, 20), QRect(10, 20, 40, 60), QRect(5, 10, 30, 40));
+    row("borderColor", QColor(Qt::black), QColor(Qt::white), QColor::fromRgbF(0.5F, 0.5F, 0.5F));
 }
 
 void TestAnimation::properties()
@@ -398,36 +376,6 @@ void TestAnimation::reducedMotion()
     refresh.pass(0.02);
     QCOMPARE(number.seen, QList<double>{100});
     QCOMPARE(ends(finished), QList<bool>{true});
-}
-
-void TestAnimation::desktopsWish_data()
-{
-    QTest::addColumn<QString>("group");
-    QTest::addColumn<QString>("key");
-    QTest::addColumn<QVariant>("value");
-    QTest::addColumn<bool>("wanted");
-    const QString common = QStringLiteral("org.freedesktop.appearance");
-    const QString gnome = QStringLiteral("org.gnome.desktop.interface");
-    const QString plasma = QStringLiteral("org.kde.kdeglobals.KDE");
-    const QString reduced = QStringLiteral("reduced-motion");
-    const QString enabled = QStringLiteral("enable-animations");
-    const QString factor = QStringLiteral("AnimationDurationFactor");
-    QTest::newRow("common") << common << reduced << QVariant(1U) << true;
-    QTest::newRow("common, no preference") << common << reduced << QVariant(0U) << false;
-    QTest::newRow("animations off") << gnome << enabled << QVariant(false) << true;
-    QTest::newRow("animations on") << gnome << enabled << QVariant(true) << false;
-    QTest::newRow("a key of another type") << gnome << enabled << QVariant(QStringLiteral("")) << false;
-    QTest::newRow("at once") << plasma << factor << QVariant(QStringLiteral("0")) << true;
-    QTest::newRow("slower") << plasma << factor << QVariant(QStringLiteral("1.5")) << false;
-    QTest::newRow("not told") << gnome << QStringLiteral("font-name") << QVariant(QStringLiteral("0")) << false;
-}
-
-void TestAnimation::desktopsWish()
-{
-    QFETCH(QString, group);
-    QFETCH(QString, key);
-    QFETCH(QVariant, value);
-    QTEST(platform::LinuxReducedMotion::asksForLittleMotion({{group, {{key, value}}}}), "wanted");
 }
 
 void TestAnimation::idleCostsNothing()

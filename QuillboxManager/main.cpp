@@ -4,6 +4,7 @@
 #include "platform/Host.h"
 #include "platform/Localization.h"
 #include "shell/AppDelegate.h"
+#include "shell/EarlySteps.h"
 #include "shell/ExitSignals.h"
 #include "shell/ProcessEnd.h"
 #include "shell/SignalHandler.h"
@@ -18,6 +19,8 @@
 #include <QFile>
 #include <QTimer>
 
+#include <utility>
+
 int main(int argc, char **argv)
 {
     // The embedded browser paints by itself; without this every start loads the desktop's graphics drivers.
@@ -27,6 +30,7 @@ int main(int argc, char **argv)
     const platform::Bundle &bundle = platform::Bundle::main();
     if (shell::SingleInstance::yieldToOtherCopy(platform::host(), bundle, argc, argv))
         return 0;
+    const shell::EarlySteps earlySteps = shell::EarlySteps::begin(platform::host(), bundle);
 
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Quillbox"));
@@ -38,7 +42,9 @@ int main(int argc, char **argv)
 
     int status = 0;
     {
-        AppDelegate delegate;
+        shell::ShellContext context = shell::ShellContext::ofApplication();
+        context.earlySteps = earlySteps;
+        AppDelegate delegate(std::move(context));
         const shell::ExitSignals signals([&delegate] { delegate.terminateWithoutAsking(); });
         QObject::connect(&application, &QGuiApplication::commitDataRequest, &delegate,
                          &AppDelegate::terminateWithoutAsking);

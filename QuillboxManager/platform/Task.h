@@ -37,6 +37,8 @@ public:
     virtual qint64 processId() const = 0;
     /// Asks the child to end (SIGTERM). Nothing happens when it has ended.
     virtual void terminate() = 0;
+    /// Ends the child without asking, also one that is stopped.
+    virtual void kill() = 0;
 
     /// Null when the program cannot be started. The child inherits no descriptor but the standard three.
     static std::unique_ptr<Task> launch(const QString &program, const QStringList &arguments);

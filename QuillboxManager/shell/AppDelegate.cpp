@@ -6,7 +6,6 @@
 #include "platform/LaunchRequest.h"
 #include "platform/Log.h"
 #include "platform/Task.h"
-#include "shell/FirstRunRegistration.h"
 #include "shell/ShellStrings.h"
 #include "state/NotificationNames.h"
 #include "ui/Application.h"
@@ -71,16 +70,11 @@ AppDelegate::~AppDelegate()
 
 void AppDelegate::applicationDidFinishLaunching()
 {
+    if (!context.earlySteps)
+        context.earlySteps = shell::EarlySteps::begin(context.host, context.bundle);
+    driver.useEarlyLook(context.earlySteps->driver);
     platform::inBackground(
-        this,
-        [&host = context.host, bundle = context.bundle] {
-            for (const platform::RunningApplication &leftOver :
-                 host.workspace.runningApplications(ShellStrings::serviceIdentifier()))
-                host.workspace.terminate(leftOver);
-            const QString branding = bundle.pathForResource(QStringLiteral("QBOEM"), QStringLiteral("plist"));
-            shell::FirstRunRegistration(host.scripts, bundle, Branding(branding)).registerOnce();
-        },
-        [this] { prepareFonts(); });
+        this, [registered = context.earlySteps->registered] { registered.wait(); }, [this] { prepareFonts(); });
     // Meanwhile, what the first window needs anyway.
     registerAppleEvent();
     StyleKit::warmUp();
@@ -269,6 +263,11 @@ void AppDelegate::closeQuillboxVolume()
 void AppDelegate::logoutOnService()
 {
     closeQuillboxVolume();
+    // One that hangs, or is no longer what was started, would keep the user signed in for ever.
+    platform::dispatchAfter(context.serviceStopPatience, this, [this, current = session] {
+        if (current == session && serviceRunning())
+            service.kill();
+    });
 }
 
 void AppDelegate::logoutOnManager()

@@ -30,8 +30,33 @@ DriverDecision decideAboutDriver(DriverState state, bool prompt)
     return {.install = true};
 }
 
+namespace
+{
+QString checkScriptIn(const platform::Bundle &bundle)
+{
+    return bundle.pathForResource(ShellStrings::driverCheckScript(), ShellStrings::shellScriptType());
+}
+
+/// Waits for the look. Bad news may be old by now, because the wait for a font has no end: only good news counts.
+bool saysReady(const std::shared_future<DriverState> &look)
+{
+    try {
+        return look.valid() && look.get() == DriverState::Ready;
+    } catch (const std::future_error &) {
+        return false; // given up, because the process ends
+    }
+}
+} // namespace
+
+DriverState DriverSetup::lookAtDriver(const platform::Host &host, const platform::Bundle &bundle)
+{
+    return Check{checkScriptIn(bundle), &host, {}}();
+}
+
 DriverState DriverSetup::Check::operator()() const
 {
+    if (saysReady(earlyLook))
+        return DriverState::Ready;
     if (script.isNull())
         return DriverState::CheckMissing;
     // Both run a program; the first window waits for the slower one and not for their sum.
@@ -48,8 +73,7 @@ DriverState DriverSetup::Check::operator()() const
 
 DriverSetup::DriverSetup(platform::Host &theHost, const platform::Bundle &bundle, const QString &volume,
                          AlertPresenter presenter, std::function<void()> quit, DriverPauses waits, QObject *parent)
-    : QObject(parent), host(theHost),
-      checkScript(bundle.pathForResource(ShellStrings::driverCheckScript(), ShellStrings::shellScriptType())),
+    : QObject(parent), host(theHost), checkScript(checkScriptIn(bundle)),
       installScript(bundle.pathForResource(ShellStrings::driverInstallScript(), ShellStrings::appleScriptType())),
       imagePath(bundle.pathForResource(ShellStrings::driverImage(), ShellStrings::driverImageType())),
       quillboxVolume(volume), installerVolume(theHost.folders.volumes() + u'/' + ShellStrings::driverVolume()),
@@ -57,9 +81,9 @@ DriverSetup::DriverSetup(platform::Host &theHost, const platform::Bundle &bundle
 {
 }
 
-DriverSetup::Check DriverSetup::check() const
+DriverSetup::Check DriverSetup::check()
 {
-    return {checkScript, &host};
+    return {checkScript, &host, std::exchange(earlyLook, {})};
 }
 
 void DriverSetup::checkNeedInstallFuse(bool prompt, std::function<void(bool)> then)

@@ -8,6 +8,8 @@
 
 #include <chrono>
 #include <functional>
+#include <future>
+#include <utility>
 
 namespace platform
 {
@@ -49,6 +51,11 @@ public:
                 AlertPresenter present, std::function<void()> terminate, DriverPauses pauses = {},
                 QObject *parent = nullptr);
 
+    /// Blocks. What the check says now.
+    static DriverState lookAtDriver(const platform::Host &host, const platform::Bundle &bundle);
+    /// A look that began earlier and saves the next check its own, if what it says is that all is well.
+    void useEarlyLook(std::shared_future<DriverState> look) { earlyLook = std::move(look); }
+
     /// The whole start-up step; `then` runs once, unless the application was asked to end.
     void checkFuseInstalled(std::function<void()> then);
     /// True: the driver must be installed. With `prompt` the user is asked where that is called for.
@@ -64,10 +71,11 @@ private:
     struct Check {
         QString script;
         const platform::Host *host;
+        std::shared_future<DriverState> earlyLook;
         DriverState operator()() const;
     };
 
-    Check check() const;
+    Check check();
     void beginInstallation();
     void waitForInstallation();
     void lookAgain();
@@ -84,6 +92,7 @@ private:
     const std::function<void()> terminate;
     const DriverPauses pauses;
     const VolumeControl volumes;
+    std::shared_future<DriverState> earlyLook;
     QElapsedTimer installing;
     std::function<void()> continuation;
 };

@@ -29,4 +29,10 @@ bool ServiceProcess::launch()
     return serviceTask != nullptr;
 }
 
+void ServiceProcess::kill()
+{
+    if (serviceTask)
+        serviceTask->kill();
+}
+
 } // namespace shell

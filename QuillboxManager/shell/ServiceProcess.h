@@ -28,6 +28,8 @@ public:
     /// Starts it with this process' id as its one argument. False, after a log line, when it is missing or will not
     /// start.
     bool launch();
+    /// Ends it without asking.
+    void kill();
 
 private:
     const QString executable;

@@ -4,6 +4,7 @@
 #include "platform/NotificationCenter.h"
 #include "shell/AlertPresenter.h"
 #include "shell/DriverSetup.h"
+#include "shell/EarlySteps.h"
 #include "shell/FontSetup.h"
 #include "shell/LoginWindowFactory.h"
 #include "shell/SettingWindowsController.h"
@@ -12,6 +13,7 @@
 
 #include <chrono>
 #include <functional>
+#include <optional>
 
 class QBNetworking;
 namespace platform
@@ -37,8 +39,11 @@ struct ShellContext {
     FontSetup::FontNames fontNames;
     DriverPauses driverPauses = {};
     std::chrono::milliseconds serviceWatchInterval{2000};
+    /// How long a companion may take to end; more than it grants itself for saving what is unsaved.
+    std::chrono::milliseconds serviceStopPatience{15000};
     std::chrono::milliseconds forwardingRetry{5000};
     std::function<void()> endEventLoop;
+    std::optional<EarlySteps> earlySteps; ///< unset: they begin when launching has finished
     std::function<DownloadApp &()> installer = DownloadApp::sharedDownloadApp;
 
     /// The running application's.

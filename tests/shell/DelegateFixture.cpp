@@ -64,6 +64,7 @@ AppDelegate &DelegateFixture::delegate()
         .fontNames =
             [there = fontThere] { return *there ? QStringList{QStringLiteral("Noto Sans CJK SC")} : QStringList(); },
         .serviceWatchInterval = std::chrono::milliseconds(50),
+        .serviceStopPatience = std::chrono::milliseconds(300),
         .forwardingRetry = std::chrono::milliseconds(50),
         .endEventLoop = [this] { ++ended; },
         .installer = [this]() -> DownloadApp & { return installer(); },

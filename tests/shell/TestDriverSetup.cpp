@@ -25,6 +25,8 @@ private Q_SLOTS:
     void check();
     void installs();
     void goesOnWithoutAnOldDriver();
+    void earlyLook_data();
+    void earlyLook();
     void findsTheInstaller();
 };
 
@@ -124,6 +126,38 @@ void TestDriverSetup::goesOnWithoutAnOldDriver()
     driver.checkFuseInstalled([&] { done = true; });
     QTRY_VERIFY(done);
     QVERIFY(fixture.host.volumes.unmounted.isEmpty());
+}
+
+void TestDriverSetup::earlyLook_data()
+{
+    QTest::addColumn<shell::DriverState>("early");
+    QTest::addColumn<bool>("now"); // the driver is there
+    QTest::addColumn<int>("questions");
+    QTest::newRow("good news saves a look") << shell::DriverState::Ready << false << 0;
+    QTest::newRow("installed meanwhile") << shell::DriverState::PackagesMissing << true << 0;
+    QTest::newRow("still missing") << shell::DriverState::PackagesMissing << false << 1;
+}
+
+void TestDriverSetup::earlyLook()
+{
+    QFETCH(shell::DriverState, early);
+    QFETCH(bool, now);
+    QFETCH(int, questions);
+    ShellFixture fixture;
+    fixture.files.addResource(QStringLiteral("checkFuse.sh"), now ? "printf '" + BothPackages + "'" : QByteArray());
+    fixture.host.driver.version = QStringLiteral("3.10.4");
+    fixture.alerts.codes = {1000};
+    std::promise<shell::DriverState> look;
+    DriverSetup driver(
+        fixture.host.host, fixture.files.bundle(), fixture.volume(), fixture.alerts.presenter(), [] {}, Quick);
+    driver.useEarlyLook(look.get_future().share());
+    int needed = -1;
+    driver.checkNeedInstallFuse(true, [&](bool install) { needed = install; });
+    look.set_value(early);
+    QTRY_COMPARE(needed, questions);
+    QCOMPARE(fixture.alerts.texts.size(), questions);
+    driver.checkNeedInstallFuse(false, [&](bool install) { needed = 2 + install; });
+    QTRY_COMPARE(needed, now ? 2 : 3); // old news counts once
 }
 
 void TestDriverSetup::findsTheInstaller()

@@ -127,10 +127,12 @@ void LinuxWorkspace::terminate(const RunningApplication &application)
     if (IdentifierBook().of(executableOf(processId)) != application.bundleIdentifier ||
         application.bundleIdentifier.isEmpty())
         return;
-    if (process.isOpen())
-        ::syscall(SYS_pidfd_send_signal, process.get(), SIGTERM, nullptr, 0);
-    else
-        ::kill(processId, SIGTERM);
+    for (const int number : {SIGTERM, SIGCONT}) { // a stopped process learns of the first with the second
+        if (process.isOpen())
+            ::syscall(SYS_pidfd_send_signal, process.get(), number, nullptr, 0);
+        else
+            ::kill(processId, number);
+    }
 }
 
 bool LinuxWorkspace::openURL(const QUrl &url)

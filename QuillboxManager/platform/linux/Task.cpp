@@ -51,14 +51,17 @@ public:
 
     qint64 processId() const override { return state->pid; }
 
-    void terminate() override
+    void terminate() override { signal(SIGTERM); }
+    void kill() override { signal(SIGKILL); }
+
+private:
+    void signal(int number)
     {
         std::lock_guard lock(state->mutex);
         if (!state->ended)
-            ::kill(state->pid, SIGTERM);
+            ::kill(state->pid, number);
     }
 
-private:
     const std::shared_ptr<ChildState> state;
 };
 

@@ -80,7 +80,7 @@ class Profile:
 class Manager:
     """One run of the application. With a desktop and a bus its windows can be driven; without, they are the user's."""
 
-    def __init__(self, profile, desktop=None, bus=None, locale="en_US.UTF-8"):
+    def __init__(self, profile, desktop=None, bus=None, locale="en_US.UTF-8", arguments=()):
         self.profile, self.desktop, self.bus = profile, desktop, bus
         self.environment = profile.environment()
         if desktop:
@@ -88,7 +88,7 @@ class Manager:
                                     LC_ALL=locale)
             self.environment.pop("LANGUAGE", None)
         self.started = time.monotonic()
-        self.process = self._launch()
+        self.process = self._launch(*arguments)
 
     def _launch(self, *arguments):
         with open(self.profile.log, "ab") as log:

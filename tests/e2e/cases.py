@@ -11,6 +11,7 @@ from drive.waiting import wait_for
 
 import link_cases
 import menu_cases
+import shell_cases
 import signin_cases
 import update_cases
 import volume_cases
@@ -202,5 +203,5 @@ def languages(stage):
 ALL = {case.__name__: case for case in (
     road_http, road_https, secrets_stay_private, wrong_password, return_key_signs_in, sms_code, companion_killed,
     companion_missing, manager_killed, second_launch, server_down_at_start, terminated, quit_while_server_is_slow,
-    languages, link_cases.shared_link, *menu_cases.ALL, *signin_cases.ALL, volume_cases.volume,
+    languages, link_cases.shared_link, *menu_cases.ALL, *signin_cases.ALL, *shell_cases.ALL, volume_cases.volume,
     volume_cases.volume_after_crash, *update_cases.ALL)}

@@ -12,11 +12,12 @@ from drive.manager import SIGN_IN_WINDOW
 from drive.server import DEMO_ACCOUNT, DEMO_PASSWORD
 from drive.waiting import Failure, wait_for
 
+from menu_cases import Opener
 from steps import expect
 
 DEMO_SECRET = "KF2WS3DMMJXXQLLEMVWW6LLPNZSQ"
 NEW_PASSWORD = "Another-pass2"
-PAGE_PROCESS = "--type=renderer"
+PAGE_PROCESSES = ("--type=renderer", "--type=utility", "--type=gpu-process")
 # The engine describes its pages only to a reader that it knows; this one has to be asked for.
 os.environ["QTWEBENGINE_CHROMIUM_FLAGS"] = "--force-renderer-accessibility"
 
@@ -209,7 +210,8 @@ def pages(manager):
     for process_id in filter(str.isdigit, os.listdir("/proc")):
         try:
             with open(f"/proc/{process_id}/cmdline", encoding="utf-8", errors="replace") as file:
-                is_page = PAGE_PROCESS in file.read().replace("\0", " ")
+                words = file.read().replace("\0", " ")
+                is_page = any(kind in words for kind in PAGE_PROCESSES)
         except OSError:
             continue
         above = process_id
@@ -220,13 +222,24 @@ def pages(manager):
     return found
 
 
-def single_sign_on(stage, style):
+def with_sign_on_page(stage, style):
     config = {"authServer": f"/sso/{style}", "loginButtonText": "Company sign-in"}
     if style == "match":
         config["matchUrl"] = "/sso/return"
     Codes(stage, {"thirdauth": {"id": "sso", "config": config}})
     manager = stage.launch()
     manager.control("thirdLoginButton")
+    return manager
+
+
+def fill_in_page(page):
+    page.wait_for_focus("Account")
+    page.type(DEMO_ACCOUNT)
+    page.type(DEMO_PASSWORD, "Return")
+
+
+def single_sign_on(stage, style):
+    manager = with_sign_on_page(stage, style)
     expect(not pages(manager), "a browser runs before any page was opened")
     manager.press("thirdLoginButton")
     page = Page(manager, "Sign in with your organization")
@@ -236,12 +249,11 @@ def single_sign_on(stage, style):
     page.wait_for("is incorrect")
     if style == "script":  # the page stays as it is
         manager.desktop.key("shift+Tab")
-    page.wait_for_focus("Account")
-    page.type(DEMO_ACCOUNT)
-    page.type(DEMO_PASSWORD, "Return")
+    fill_in_page(page)
     wait_for("the stored session to hold a token", manager.profile.is_signed_in, 30,
              while_true=(manager.runs, "the manager ended"))
     expect(stage.profile.session()["account"].get("name") == DEMO_ACCOUNT, "another account name was stored")
+    expect("ST-" not in stage.manager_log(), "a ticket stands in the log")
     wait_for("the browser to end", lambda: not pages(manager), 5)
     is_in(manager)
 
@@ -263,10 +275,49 @@ def single_sign_on_script(stage):
     single_sign_on(stage, "script")
 
 
+def single_sign_on_twice(stage):
+    """The server takes a ticket once; the page sends it again before the first answer."""
+    single_sign_on(stage, "twice")
+
+
+def single_sign_on_large(stage):
+    """A ticket of 100 kB that opens nothing ends in an alert, and that in the sign-in window."""
+    manager = with_sign_on_page(stage, "large")
+    manager.press("thirdLoginButton")
+    fill_in_page(Page(manager, "Sign in with your organization"))
+    manager.press("alertButton1", 30)
+    manager.control("thirdLoginButton")
+    expect(not stage.profile.is_signed_in(), "signed in with a worthless ticket")
+    wait_for("the browser to end", lambda: not pages(manager), 5)
+    road.quit_manager(manager)
+
+
+def single_sign_on_hangs(stage, style):
+    manager = with_sign_on_page(stage, style)
+    manager.press("thirdLoginButton")
+    manager.press("btnBack", 60)
+    manager.control("thirdLoginButton")
+    wait_for("the browser to end", lambda: not pages(manager), 5)
+    road.quit_manager(manager)
+
+
+def single_sign_on_endless(stage):
+    single_sign_on_hangs(stage, "endless")
+
+
+def single_sign_on_loop(stage):
+    single_sign_on_hangs(stage, "loop")
+
+
 def password_reset(stage):
     """The page from the forgotten password to the new one, by keyboard alone, and a sign-in with it."""
     codes = Codes(stage, {"vcode_server_status": {"send_vcode_by_sms": True, "send_vcode_by_email": True}})
     manager = stage.launch()
+    manager.press("btnForgetPWD")
+    page = Page(manager, "Enter your account")
+    page.wait_for_focus("Account")
+    manager.desktop.key("Escape")  # out of the page, and in again
+    wait_for("the page to end", lambda: not pages(manager), 5)
     manager.press("btnForgetPWD")
     page = Page(manager, "Enter your account")
     page.wait_for_focus("Account")
@@ -330,6 +381,19 @@ def agreement(stage):
     road.quit_manager(manager)
 
 
+def quick_start_in_browser(stage):
+    """Without a page of the organization the general one opens in the user's own browser."""
+    Codes(stage, {"needquickstart": True})
+    opener = Opener(stage.folder)
+    manager = stage.launch()
+    road.sign_in(manager, DEMO_ACCOUNT, DEMO_PASSWORD)
+    address = opener.wait_for("/quickstart")
+    expect("lang=en-us&version=" in address, f"opened: {address}")
+    expect(not pages(manager), "it was opened in a window as well")
+    road.wait_for_companion(manager)
+    road.quit_manager(manager)
+
+
 def quick_start(stage):
     """Shown once to a new user, as a page of the organization's server."""
     Codes(stage, {"needquickstart": True, "oem": {"QuickStartURL": "/quickstart?from=client"}})
@@ -347,4 +411,5 @@ def quick_start(stage):
 
 ALL = (picture_code, one_time_password, email_code, resend_code, forced_password_change, locked_account,
        single_sign_on_hash, single_sign_on_match, single_sign_on_hops, single_sign_on_script,
-       password_reset, password_reset_switched_off, agreement, quick_start)
+       single_sign_on_twice, single_sign_on_large, single_sign_on_endless, single_sign_on_loop,
+       password_reset, password_reset_switched_off, agreement, quick_start, quick_start_in_browser)

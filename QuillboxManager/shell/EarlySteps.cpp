@@ -36,8 +36,9 @@ EarlySteps EarlySteps::begin(platform::Host &host, const platform::Bundle &bundl
     platform::dispatchGlobal([&host, bundle, promises] {
         registerFirstRun(host, bundle);
         promises->registered.set_value();
-        promises->driver.set_value(DriverSetup::lookAtDriver(host, bundle));
     });
+    platform::dispatchGlobal(
+        [&host, bundle, promises] { promises->driver.set_value(DriverSetup::lookAtDriver(host, bundle)); });
     return {promises->registered.get_future().share(), promises->driver.get_future().share()};
 }
 

@@ -78,7 +78,7 @@ void TestAppDelegate::startUpOrder()
     AppDelegate &delegate = fixture.delegate();
     delegate.applicationDidFinishLaunching();
     QTRY_VERIFY(steps().contains("fonts") && steps().contains("driver")); // a look that changes nothing, so in any order
-    QCOMPARE(steps().first(), QByteArray("registered"));
+    QVERIFY(steps().indexOf("registered") < steps().indexOf("fonts"));
     QCOMPARE(fixture.host.workspace.terminated.size(), 1);
     QTest::qWait(50);
     QVERIFY(fixture.host.distributed.observed.isEmpty());

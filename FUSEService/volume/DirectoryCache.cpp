@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+#include <malloc.h>
+
 namespace volume
 {
 namespace
@@ -18,6 +20,15 @@ QHash<QString, DocumentPointer> byName(const QList<Document> &documents)
         if (Names::canAppear(document.name) && !children.contains(document.name))
             children.insert(document.name, std::make_shared<const Document>(document));
     return children;
+}
+
+/// The reply with a long listing leaves more free memory behind than everything else needs, and the allocator would
+/// keep it.
+void giveBackFreeMemory(qsizetype listed)
+{
+    constexpr qsizetype longListing = 10'000;
+    if (listed >= longListing)
+        ::malloc_trim(0);
 }
 
 } // namespace
@@ -77,6 +88,7 @@ void DirectoryCache::refresh(const Document &folder, const FolderPointer &entry,
     } catch (const Errno &failure) {
         error = failure.code;
     }
+    giveBackFreeMemory(children.size());
     const Clock::time_point ended = now();
     lock.lock();
     entry->fetching = false;

@@ -135,10 +135,14 @@ class Panel:
 
     def type(self, name, text):
         """Types into a field and presses Return."""
-        self.focus()
         field = self.control(name)
-        field.focus()
-        wait_for(f"the keyboard focus in {name}", field.has_focus, 5)
+
+        def has_keyboard():
+            # Nobody manages the windows here: the menu that goes away may take the focus along once more.
+            self.focus()
+            field.focus()
+            return field.has_focus()
+        wait_for(f"the keyboard focus in {name}", has_keyboard, 10)
         self.stage.desktop.type_text(text)
         wait_for(f"the typed text in {name}", lambda: field.text_length() == len(text), 5)
         self.stage.desktop.key("Return")

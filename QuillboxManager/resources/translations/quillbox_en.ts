@@ -983,6 +983,10 @@
         <translation>What the server sent is not an update. Check whether your network asks you to sign in, or contact your administrator.</translation>
     </message>
     <message>
+        <source>UpdateNotYours</source>
+        <translation>You cannot update Quillbox where it is installed. Ask whoever installed it, such as your administrator, for the new version.</translation>
+    </message>
+    <message>
         <source>UpdateTargetTaken</source>
         <translation>“%@” in your Downloads folder cannot be replaced. Move it away and try again.</translation>
     </message>

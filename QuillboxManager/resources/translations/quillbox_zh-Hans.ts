@@ -976,11 +976,15 @@
     </message>
     <message>
         <source>UpdateNoSpace</source>
-        <translation>磁盘空间不足，无法下载更新。请清理后重试。</translation>
+        <translation>磁盘空间不足，无法安装更新。请清理后重试。</translation>
     </message>
     <message>
         <source>UpdateNotAnImage</source>
         <translation>服务器发来的不是更新文件。请检查网络是否需要登录，或联系管理员。</translation>
+    </message>
+    <message>
+        <source>UpdateNotYours</source>
+        <translation>当前用户不能更新此处安装的应用程序。请让安装它的管理员安装新版本。</translation>
     </message>
     <message>
         <source>UpdateTargetTaken</source>

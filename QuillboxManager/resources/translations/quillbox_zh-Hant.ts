@@ -976,11 +976,15 @@
     </message>
     <message>
         <source>UpdateNoSpace</source>
-        <translation>磁碟空間不足，無法下載更新。請清理後重試。</translation>
+        <translation>磁碟空間不足，無法安裝更新。請清理後重試。</translation>
     </message>
     <message>
         <source>UpdateNotAnImage</source>
         <translation>伺服器傳來的不是更新檔案。請檢查網路是否需要登入，或聯絡管理員。</translation>
+    </message>
+    <message>
+        <source>UpdateNotYours</source>
+        <translation>目前的使用者不能更新此處安裝的應用程式。請讓安裝它的管理員安裝新版本。</translation>
     </message>
     <message>
         <source>UpdateTargetTaken</source>

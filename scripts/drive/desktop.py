@@ -57,7 +57,7 @@ class Desktop:
 
     def windows(self, process_id):
         """Shown top-level X windows of a process, as decimal ids."""
-        found = subprocess.run(["xdotool", "search", "--onlyvisible", "--pid", str(process_id), "."],
+        found = subprocess.run(["xdotool", "search", "--all", "--onlyvisible", "--pid", str(process_id)],
                                capture_output=True, text=True, check=False).stdout.split()
         return [int(window) for window in found]
 

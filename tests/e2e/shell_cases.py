@@ -194,12 +194,15 @@ def desktop_entry(stage):
     context = Gio.AppLaunchContext()
     for name, value in stage.profile.environment().items():
         context.setenv(name, value)
+    started = []
+    context.connect("launched", lambda _context, _entry, data: started.append(data.unpack()["pid"]))
     start.launch([], context)
     wait_for("the application to start with the session", lambda: processes.running_below(bundle), 10)
     first = processes.running_below(bundle)[0]
     wait_for("its window", lambda: stage.desktop.windows(first), 20)
     entry.launch_uris(["quillbox://open?docid=1"], context)
-    wait_for("the second launch to end", lambda: processes.running_below(bundle) == [first], 10)
+    wait_for("the second launch to end", lambda: started[1] not in processes.running(), 10)
+    expect(processes.running_below(bundle) == [first], "the second launch took the first one's place")
     os.kill(first, signal.SIGTERM)
     wait_for("the application to end", lambda: not processes.running_below(bundle), 10)
     expect(install("--remove") == [], "something is left of the entry")

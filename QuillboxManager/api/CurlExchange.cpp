@@ -54,7 +54,8 @@ template <class Value> bool changes(std::optional<Value> &current, const Value &
 
 } // namespace
 
-CurlExchange::CurlExchange(CURLSH *cookies) : easy(curl_easy_init()), multi(curl_multi_init())
+CurlExchange::CurlExchange(const CurlLibrary &library, CURLSH *cookies)
+    : curl(library), easy(curl.easyInit()), multi(curl.multiInit())
 {
     if (isUsable())
         setPermanentOptions(cookies);
@@ -62,34 +63,34 @@ CurlExchange::CurlExchange(CURLSH *cookies) : easy(curl_easy_init()), multi(curl
 
 CurlExchange::~CurlExchange()
 {
-    curl_easy_cleanup(easy);
-    curl_multi_cleanup(multi);
-    curl_slist_free_all(headerList);
+    curl.easyCleanup(easy);
+    curl.multiCleanup(multi);
+    curl.listFreeAll(headerList);
 }
 
 void CurlExchange::setPermanentOptions(CURLSH *cookies)
 {
-    curl_easy_setopt(easy, CURLOPT_SHARE, cookies);
-    curl_easy_setopt(easy, CURLOPT_COOKIEFILE, "");
-    curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
-    curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L); // a stuck name lookup must not outlast the time-out
-    curl_easy_setopt(easy, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
-    curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, 1L);
-    curl_easy_setopt(easy, CURLOPT_MAXREDIRS, mostRedirects);
-    curl_easy_setopt(easy, CURLOPT_POSTREDIR, static_cast<long>(CURL_REDIR_POST_ALL));
-    curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
-    curl_easy_setopt(easy, CURLOPT_MAXAGE_CONN, connectionLifeSeconds);
-    curl_easy_setopt(easy, CURLOPT_NOPROXY, ""); // the desktop's settings have decided already
-    curl_easy_setopt(easy, CURLOPT_READFUNCTION, &CurlExchange::giveBody);
-    curl_easy_setopt(easy, CURLOPT_READDATA, this);
-    curl_easy_setopt(easy, CURLOPT_SEEKFUNCTION, &CurlExchange::seekBody);
-    curl_easy_setopt(easy, CURLOPT_SEEKDATA, this);
-    curl_easy_setopt(easy, CURLOPT_UPLOAD_BUFFERSIZE, transferBuffer);
-    curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, &CurlExchange::takeBody);
-    curl_easy_setopt(easy, CURLOPT_WRITEDATA, this);
-    curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, &CurlExchange::takeHeader);
-    curl_easy_setopt(easy, CURLOPT_HEADERDATA, this);
-    curl_multi_setopt(multi, CURLMOPT_MAXCONNECTS, mostConnections);
+    curl.easySetopt(easy, CURLOPT_SHARE, cookies);
+    curl.easySetopt(easy, CURLOPT_COOKIEFILE, "");
+    curl.easySetopt(easy, CURLOPT_NOSIGNAL, 1L);
+    curl.easySetopt(easy, CURLOPT_QUICK_EXIT, 1L); // a stuck name lookup must not outlast the time-out
+    curl.easySetopt(easy, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
+    curl.easySetopt(easy, CURLOPT_FOLLOWLOCATION, 1L);
+    curl.easySetopt(easy, CURLOPT_MAXREDIRS, mostRedirects);
+    curl.easySetopt(easy, CURLOPT_POSTREDIR, static_cast<long>(CURL_REDIR_POST_ALL));
+    curl.easySetopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
+    curl.easySetopt(easy, CURLOPT_MAXAGE_CONN, connectionLifeSeconds);
+    curl.easySetopt(easy, CURLOPT_NOPROXY, ""); // the desktop's settings have decided already
+    curl.easySetopt(easy, CURLOPT_READFUNCTION, &CurlExchange::giveBody);
+    curl.easySetopt(easy, CURLOPT_READDATA, this);
+    curl.easySetopt(easy, CURLOPT_SEEKFUNCTION, &CurlExchange::seekBody);
+    curl.easySetopt(easy, CURLOPT_SEEKDATA, this);
+    curl.easySetopt(easy, CURLOPT_UPLOAD_BUFFERSIZE, transferBuffer);
+    curl.easySetopt(easy, CURLOPT_WRITEFUNCTION, &CurlExchange::takeBody);
+    curl.easySetopt(easy, CURLOPT_WRITEDATA, this);
+    curl.easySetopt(easy, CURLOPT_HEADERFUNCTION, &CurlExchange::takeHeader);
+    curl.easySetopt(easy, CURLOPT_HEADERDATA, this);
+    curl.multiSetopt(multi, CURLMOPT_MAXCONNECTS, mostConnections);
 }
 
 void CurlExchange::setOptions(const HttpRequest &request, const QByteArray &url, const ProxyChoice &proxy)
@@ -109,10 +110,10 @@ void CurlExchange::setUrl(const QByteArray &url)
     if (url == settings.url)
         return;
     settings.url = url;
-    curl_easy_setopt(easy, CURLOPT_URL, url.constData());
+    curl.easySetopt(easy, CURLOPT_URL, url.constData());
     const bool secure = url.startsWith("https:");
     if (changes(settings.secureOnly, secure))
-        curl_easy_setopt(easy, CURLOPT_REDIR_PROTOCOLS_STR, secure ? "https" : "http,https");
+        curl.easySetopt(easy, CURLOPT_REDIR_PROTOCOLS_STR, secure ? "https" : "http,https");
 }
 
 void CurlExchange::setLimits(const HttpRequest &request)
@@ -122,14 +123,14 @@ void CurlExchange::setLimits(const HttpRequest &request)
     const auto limit = watched ? 0L : static_cast<long>(std::max<qint64>(1, request.timeout.count()));
     const auto largest = request.sink ? curl_off_t(0) : static_cast<curl_off_t>(request.replyLimit);
     if (changes(settings.timeout, limit))
-        curl_easy_setopt(easy, CURLOPT_TIMEOUT_MS, limit);
+        curl.easySetopt(easy, CURLOPT_TIMEOUT_MS, limit);
     if (changes(settings.largest, largest))
-        curl_easy_setopt(easy, CURLOPT_MAXFILESIZE_LARGE, largest);
+        curl.easySetopt(easy, CURLOPT_MAXFILESIZE_LARGE, largest);
     const long buffer = request.sink ? transferBuffer : CURL_MAX_WRITE_SIZE;
     if (changes(settings.receiveBuffer, buffer))
-        curl_easy_setopt(easy, CURLOPT_BUFFERSIZE, buffer);
+        curl.easySetopt(easy, CURLOPT_BUFFERSIZE, buffer);
     if (changes(settings.freshConnection, request.freshConnection))
-        curl_easy_setopt(easy, CURLOPT_FRESH_CONNECT, request.freshConnection ? 1L : 0L);
+        curl.easySetopt(easy, CURLOPT_FRESH_CONNECT, request.freshConnection ? 1L : 0L);
 }
 
 void CurlExchange::setProxy(const ProxyChoice &proxy)
@@ -137,9 +138,9 @@ void CurlExchange::setProxy(const ProxyChoice &proxy)
     if (!changes(settings.proxy, proxy))
         return;
     const auto text = [](const QByteArray &value) { return value.isEmpty() ? nullptr : value.constData(); };
-    curl_easy_setopt(easy, CURLOPT_PROXY, proxy.url.constData()); // empty: none, not even the environment's
-    curl_easy_setopt(easy, CURLOPT_PROXYUSERNAME, text(proxy.user));
-    curl_easy_setopt(easy, CURLOPT_PROXYPASSWORD, text(proxy.password));
+    curl.easySetopt(easy, CURLOPT_PROXY, proxy.url.constData()); // empty: none, not even the environment's
+    curl.easySetopt(easy, CURLOPT_PROXYUSERNAME, text(proxy.user));
+    curl.easySetopt(easy, CURLOPT_PROXYPASSWORD, text(proxy.password));
 }
 
 void CurlExchange::setHeaders(const QList<Header> &headers)
@@ -147,12 +148,12 @@ void CurlExchange::setHeaders(const QList<Header> &headers)
     if (!changes(settings.headers, headers))
         return;
     // An empty "Expect:" keeps the library from waiting for a "100 Continue" that many servers never send.
-    curl_slist *list = curl_slist_append(nullptr, "Expect:");
+    curl_slist *list = curl.listAppend(nullptr, "Expect:");
     for (const auto &[name, value] : headers)
-        if (curl_slist *longer = curl_slist_append(list, (name + ": " + value).constData()))
+        if (curl_slist *longer = curl.listAppend(list, (name + ": " + value).constData()))
             list = longer;
-    curl_easy_setopt(easy, CURLOPT_HTTPHEADER, list);
-    curl_slist_free_all(headerList);
+    curl.easySetopt(easy, CURLOPT_HTTPHEADER, list);
+    curl.listFreeAll(headerList);
     headerList = list;
 }
 
@@ -163,11 +164,11 @@ void CurlExchange::setMethod(const QByteArray &method)
     // The order counts: each of the first three takes back what the others left.
     const bool post = method == "POST";
     const bool head = method == "HEAD";
-    curl_easy_setopt(easy, CURLOPT_NOBODY, head ? 1L : 0L);
+    curl.easySetopt(easy, CURLOPT_NOBODY, head ? 1L : 0L);
     if (!head)
-        curl_easy_setopt(easy, post ? CURLOPT_POST : CURLOPT_HTTPGET, 1L);
+        curl.easySetopt(easy, post ? CURLOPT_POST : CURLOPT_HTTPGET, 1L);
     const bool known = post || head || method == "GET";
-    curl_easy_setopt(easy, CURLOPT_CUSTOMREQUEST, known ? nullptr : method.constData());
+    curl.easySetopt(easy, CURLOPT_CUSTOMREQUEST, known ? nullptr : method.constData());
 }
 
 void CurlExchange::setBody(const HttpRequest &request)
@@ -175,19 +176,19 @@ void CurlExchange::setBody(const HttpRequest &request)
     // No fields at all make the library ask for the body piece by piece.
     const char *const fields = request.body.isEmpty() ? "" : request.body.constData();
     const qint64 size = request.upload ? request.upload->size() : request.body.size();
-    curl_easy_setopt(easy, CURLOPT_POSTFIELDS, request.upload ? nullptr : fields);
-    curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(size));
+    curl.easySetopt(easy, CURLOPT_POSTFIELDS, request.upload ? nullptr : fields);
+    curl.easySetopt(easy, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(size));
 }
 
 void CurlExchange::setTrust(bool acceptAnyCertificate)
 {
     if (!changes(settings.anyCertificate, acceptAnyCertificate))
         return;
-    curl_easy_setopt(easy, CURLOPT_SSL_VERIFYPEER, acceptAnyCertificate ? 0L : 1L);
-    curl_easy_setopt(easy, CURLOPT_SSL_VERIFYHOST, acceptAnyCertificate ? 0L : 2L);
-    curl_easy_setopt(easy, CURLOPT_SSL_CIPHER_LIST, acceptAnyCertificate ? "DEFAULT@SECLEVEL=0" : nullptr);
-    curl_easy_setopt(easy, CURLOPT_SSLVERSION,
-                     static_cast<long>(acceptAnyCertificate ? CURL_SSLVERSION_TLSv1_0 : CURL_SSLVERSION_DEFAULT));
+    curl.easySetopt(easy, CURLOPT_SSL_VERIFYPEER, acceptAnyCertificate ? 0L : 1L);
+    curl.easySetopt(easy, CURLOPT_SSL_VERIFYHOST, acceptAnyCertificate ? 0L : 2L);
+    curl.easySetopt(easy, CURLOPT_SSL_CIPHER_LIST, acceptAnyCertificate ? "DEFAULT@SECLEVEL=0" : nullptr);
+    curl.easySetopt(easy, CURLOPT_SSLVERSION,
+                    static_cast<long>(acceptAnyCertificate ? CURL_SSLVERSION_TLSv1_0 : CURL_SSLVERSION_DEFAULT));
 }
 
 HttpReply CurlExchange::send(const HttpRequest &request, const QByteArray &url, const ProxyChoice &proxy,
@@ -199,9 +200,9 @@ HttpReply CurlExchange::send(const HttpRequest &request, const QByteArray &url, 
     if (request.stop)
         listener.emplace(request.stop, [this] { wakeUp(); });
     setOptions(request, url, proxy);
-    curl_multi_add_handle(multi, easy);
+    curl.multiAddHandle(multi, easy);
     const CURLcode result = run(stopping);
-    curl_multi_remove_handle(multi, easy);
+    curl.multiRemoveHandle(multi, easy);
     HttpReply answer = reply(result, request);
     state = State();
     return answer;
@@ -218,7 +219,7 @@ bool CurlExchange::drive(const std::atomic<bool> &stopping)
     StallWatch watch(state.request->stallTimeout);
     int running = 1;
     while (!isStopped(stopping)) {
-        if (curl_multi_perform(multi, &running) != CURLM_OK)
+        if (curl.multiPerform(multi, &running) != CURLM_OK)
             return false;
         if (running == 0)
             return true;
@@ -226,7 +227,7 @@ bool CurlExchange::drive(const std::atomic<bool> &stopping)
             state.failure = TransportError::TimedOut;
             return true;
         }
-        if (curl_multi_poll(multi, nullptr, 0, watch.pollMilliseconds(), nullptr) != CURLM_OK)
+        if (curl.multiPoll(multi, nullptr, 0, watch.pollMilliseconds(), nullptr) != CURLM_OK)
             return false;
     }
     state.failure = TransportError::Cancelled;
@@ -241,7 +242,7 @@ CURLcode CurlExchange::run(const std::atomic<bool> &stopping)
         return CURLE_ABORTED_BY_CALLBACK;
     CURLcode result = CURLE_FAILED_INIT;
     int left = 0;
-    while (const CURLMsg *message = curl_multi_info_read(multi, &left))
+    while (const CURLMsg *message = curl.multiInfoRead(multi, &left))
         if (message->msg == CURLMSG_DONE)
             result = message->data.result;
     return result;
@@ -249,12 +250,12 @@ CURLcode CurlExchange::run(const std::atomic<bool> &stopping)
 
 void CurlExchange::wakeUp()
 {
-    curl_multi_wakeup(multi);
+    curl.multiWakeup(multi);
 }
 
 void CurlExchange::deleteCookies()
 {
-    curl_easy_setopt(easy, CURLOPT_COOKIELIST, "ALL");
+    curl.easySetopt(easy, CURLOPT_COOKIELIST, "ALL");
 }
 
 HttpReply CurlExchange::reply(CURLcode result, const HttpRequest &request)
@@ -270,10 +271,10 @@ HttpReply CurlExchange::reply(CURLcode result, const HttpRequest &request)
     long redirects = 0;
     const char *finalUrl = nullptr;
     const char *contentType = nullptr;
-    curl_easy_getinfo(easy, CURLINFO_RESPONSE_CODE, &status);
-    curl_easy_getinfo(easy, CURLINFO_REDIRECT_COUNT, &redirects);
-    curl_easy_getinfo(easy, CURLINFO_EFFECTIVE_URL, &finalUrl);
-    curl_easy_getinfo(easy, CURLINFO_CONTENT_TYPE, &contentType);
+    curl.easyGetinfo(easy, CURLINFO_RESPONSE_CODE, &status);
+    curl.easyGetinfo(easy, CURLINFO_REDIRECT_COUNT, &redirects);
+    curl.easyGetinfo(easy, CURLINFO_EFFECTIVE_URL, &finalUrl);
+    curl.easyGetinfo(easy, CURLINFO_CONTENT_TYPE, &contentType);
     answer.status = static_cast<int>(status);
     answer.body = std::move(state.body);
     answer.finalUrl = redirects == 0 ? request.url : QString::fromUtf8(finalUrl);
@@ -287,7 +288,7 @@ QHash<QByteArray, QByteArray> CurlExchange::headersOf(const QByteArrayList &name
     QHash<QByteArray, QByteArray> found;
     curl_header *header = nullptr;
     for (const QByteArray &name : names)
-        if (curl_easy_header(easy, name.constData(), 0, CURLH_HEADER, -1, &header) == CURLHE_OK)
+        if (curl.easyHeader(easy, name.constData(), 0, CURLH_HEADER, -1, &header) == CURLHE_OK)
             found.insert(name, header->value);
     return found;
 }
@@ -368,9 +369,9 @@ bool CurlExchange::asksSink()
     long status = 0;
     const char *contentType = nullptr;
     curl_off_t length = -1;
-    curl_easy_getinfo(easy, CURLINFO_RESPONSE_CODE, &status);
-    curl_easy_getinfo(easy, CURLINFO_CONTENT_TYPE, &contentType);
-    curl_easy_getinfo(easy, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &length);
+    curl.easyGetinfo(easy, CURLINFO_RESPONSE_CODE, &status);
+    curl.easyGetinfo(easy, CURLINFO_CONTENT_TYPE, &contentType);
+    curl.easyGetinfo(easy, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &length);
     state.request->sink->announceLength(length);
     return state.request->sink->takes(static_cast<int>(status), contentType);
 }

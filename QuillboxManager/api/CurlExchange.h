@@ -1,9 +1,8 @@
 #pragma once
 
+#include "api/CurlLibrary.h"
 #include "api/HttpTransport.h"
 #include "api/ProxyResolver.h"
-
-#include <curl/curl.h>
 
 #include <atomic>
 #include <optional>
@@ -13,8 +12,8 @@
 class CurlExchange
 {
 public:
-    /// `cookies` outlives the exchange.
-    explicit CurlExchange(CURLSH *cookies);
+    /// Both outlive the exchange.
+    CurlExchange(const CurlLibrary &library, CURLSH *cookies);
     ~CurlExchange();
     CurlExchange(const CurlExchange &) = delete;
     CurlExchange &operator=(const CurlExchange &) = delete;
@@ -52,6 +51,7 @@ private:
     static size_t takeBody(const char *bytes, size_t size, size_t count, void *exchange);
     static size_t takeHeader(const char *bytes, size_t size, size_t count, void *exchange);
 
+    const CurlLibrary &curl;
     CURL *easy = nullptr;
     CURLM *multi = nullptr;
 

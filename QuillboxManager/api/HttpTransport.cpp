@@ -20,14 +20,14 @@ using Clock = std::chrono::steady_clock;
 class CookieShare
 {
 public:
-    CookieShare() : share(curl_share_init())
+    explicit CookieShare(const CurlLibrary &library) : curl(library), share(curl.shareInit())
     {
-        curl_share_setopt(share, CURLSHOPT_USERDATA, this);
-        curl_share_setopt(share, CURLSHOPT_LOCKFUNC, &CookieShare::lock);
-        curl_share_setopt(share, CURLSHOPT_UNLOCKFUNC, &CookieShare::unlock);
-        curl_share_setopt(share, CURLSHOPT_SHARE, CURL_LOCK_DATA_COOKIE);
+        curl.shareSetopt(share, CURLSHOPT_USERDATA, this);
+        curl.shareSetopt(share, CURLSHOPT_LOCKFUNC, &CookieShare::lock);
+        curl.shareSetopt(share, CURLSHOPT_UNLOCKFUNC, &CookieShare::unlock);
+        curl.shareSetopt(share, CURLSHOPT_SHARE, CURL_LOCK_DATA_COOKIE);
     }
-    ~CookieShare() { curl_share_cleanup(share); }
+    ~CookieShare() { curl.shareCleanup(share); }
     CookieShare(const CookieShare &) = delete;
     CookieShare &operator=(const CookieShare &) = delete;
 
@@ -43,15 +43,10 @@ private:
         static_cast<CookieShare *>(self)->mutexes[what].unlock();
     }
 
+    const CurlLibrary &curl;
     CURLSH *share;
     std::array<std::mutex, CURL_LOCK_DATA_LAST> mutexes;
 };
-
-void initializeOnce()
-{
-    static const CURLcode done = curl_global_init(CURL_GLOBAL_ALL);
-    Q_UNUSED(done)
-}
 
 /// Nothing that could end the request line early.
 bool isMethod(const QByteArray &name)
@@ -84,36 +79,43 @@ public:
         std::thread::id user; ///< who used it last
     };
 
-    /// Null once the transport is shut down.
+    /// Null once the transport is shut down, or without the library.
     Exchange take();
+    Exchange makeExchange(const CurlLibrary &library);
     void giveBack(Exchange exchange);
     void reap();
     void stop();
     HttpReply send(CurlExchange &exchange, const HttpRequest &request, const WireAddress &address);
     ProxyChoice askForProxy(const HttpRequest &request, const WireAddress &address);
+    bool hasCookies()
+    {
+        const std::lock_guard lock(mutex);
+        return cookies.has_value();
+    }
 
     const std::chrono::milliseconds idleLife;
-    CookieShare cookies;
     ProxyResolver proxies;
     std::atomic<bool> stopping{false};
 
     std::mutex mutex; ///< guards what follows
     std::condition_variable wakeReaper;
     std::condition_variable allReturned;
-    bool reaperRests = false; ///< it waits for the first idle handle, without a date
-    std::vector<Idle> idle;   ///< the longest idle first; taken from the end, so that few stay warm
+    std::optional<CookieShare> cookies; ///< since the first exchange
+    bool reaperRests = false;           ///< it waits for the first idle handle, without a date
+    std::vector<Idle> idle;             ///< the longest idle first; taken from the end, so that few stay warm
     std::vector<CurlExchange *> busy;
     std::thread reaper; ///< started with the first idle handle; sleeps until one is due
 };
 
 HttpTransport::Private::Exchange HttpTransport::Private::take()
 {
-    std::unique_lock lock(mutex);
-    if (stopping)
+    const CurlLibrary *library = CurlLibrary::shared();
+    const std::lock_guard lock(mutex);
+    if (stopping || !library)
         return nullptr;
     Exchange exchange;
     if (idle.empty()) {
-        exchange = std::make_unique<CurlExchange>(cookies.get());
+        exchange = makeExchange(*library);
         if (!exchange->isUsable())
             return nullptr;
     } else {
@@ -126,6 +128,13 @@ HttpTransport::Private::Exchange HttpTransport::Private::take()
     }
     busy.push_back(exchange.get());
     return exchange;
+}
+
+HttpTransport::Private::Exchange HttpTransport::Private::makeExchange(const CurlLibrary &library)
+{
+    if (!cookies)
+        cookies.emplace(library);
+    return std::make_unique<CurlExchange>(library, cookies->get());
 }
 
 void HttpTransport::Private::giveBack(Exchange exchange)
@@ -204,10 +213,7 @@ HttpTransport &HttpTransport::shared()
     return *transport;
 }
 
-HttpTransport::HttpTransport(std::chrono::milliseconds idleLife)
-    : d((initializeOnce(), std::make_unique<Private>(idleLife)))
-{
-}
+HttpTransport::HttpTransport(std::chrono::milliseconds idleLife) : d(std::make_unique<Private>(idleLife)) {}
 
 HttpTransport::~HttpTransport()
 {
@@ -240,6 +246,8 @@ HttpReply HttpTransport::send(const HttpRequest &request)
 
 void HttpTransport::deleteCookies()
 {
+    if (!d->hasCookies())
+        return;
     if (Private::Exchange exchange = d->take()) {
         exchange->deleteCookies();
         d->giveBack(std::move(exchange));

@@ -1,26 +1,25 @@
 #include "files/PathBook.h"
 #include "files/QBPathIndicator.h"
+#include "support/FakeHost.h"
+#include "support/Rows.h"
 #include "support/TestMain.h"
 
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 namespace
 {
 
-struct GivenFolders : platform::Folders {
-    QString libraryFolder = QStringLiteral("/home/u/Library");
+struct GivenFolders : testing::FakeFolders {
+    QString libraryFolder = u"/home/u/Library"_s;
 
-    QString home() const override { return {}; }
     QString library() const override { return libraryFolder; }
-    QString caches() const override { return {}; }
-    QString fonts() const override { return {}; }
-    QString temporary() const override { return {}; }
-    QString volumes() const override { return QStringLiteral("/Volumes"); }
-    QString userDefaultsFile() const override { return {}; }
+    QString volumes() const override { return u"/Volumes"_s; }
 };
 
 const QString container =
-    QStringLiteral("/home/u/Library/Containers/com.velto.quillbox.FinderHelper1/Data/Library/Application Support");
+    u"/home/u/Library/Containers/com.velto.quillbox.FinderHelper1/Data/Library/Application Support"_s;
 
 } // namespace
 
@@ -29,86 +28,62 @@ class TestPathIndicator : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void supportDirectoryPerProcess_data();
-    void supportDirectoryPerProcess();
-    void unknownLibraryGivesNullEverywhere();
-    void files_data();
-    void files();
-    void categories();
-};
-
-void TestPathIndicator::supportDirectoryPerProcess_data()
-{
-    QTest::addColumn<QString>("identifier");
-    QTest::addColumn<QString>("expected");
-    QTest::newRow("manager") << QStringLiteral("com.velto.quillbox") << container;
-    QTest::newRow("no bundle") << QString() << container;
-    QTest::newRow("the container's own name") << QStringLiteral("com.velto.quillbox.FinderHelper1") << container;
-    QTest::newRow("helper") << QStringLiteral("com.velto.quillbox.FinderHelper")
-                            << QStringLiteral("/home/u/Library/Application Support");
-}
-
-void TestPathIndicator::supportDirectoryPerProcess()
-{
-    QFETCH(const QString, identifier);
-    QFETCH(const QString, expected);
-    const GivenFolders folders;
-    const PathBook book(folders, identifier);
-    QCOMPARE(book.applicationSupportDirectory(), expected);
-    QCOMPARE(book.applicationSupport(), expected + QStringLiteral("/com.velto.quillbox"));
-    QCOMPARE(book.quillboxVolume(), QStringLiteral("/Volumes/Quillbox"));
-}
-
-void TestPathIndicator::unknownLibraryGivesNullEverywhere()
-{
-    GivenFolders folders;
-    folders.libraryFolder = QString();
-    for (const auto identifier : {u"com.velto.quillbox", u"com.velto.quillbox.FinderHelper"}) {
-        const PathBook book(folders, QString::fromUtf16(identifier));
-        QVERIFY(book.applicationSupportDirectory().isNull());
-        QVERIFY(book.applicationSupport().isNull());
-        QVERIFY(book.inApplicationSupport(QStringLiteral("BACKUP")).isNull());
+    void supportDirectoryPerProcess_data()
+    {
+        const testing::Rows<QString, QString> row("identifier", "expected");
+        row("manager", "com.velto.quillbox", container);
+        row("no bundle", {}, container);
+        row("the container's own name", "com.velto.quillbox.FinderHelper1", container);
+        row("helper", "com.velto.quillbox.FinderHelper", "/home/u/Library/Application Support");
     }
-}
+    void supportDirectoryPerProcess()
+    {
+        QFETCH(const QString, identifier);
+        QFETCH(const QString, expected);
+        const GivenFolders folders;
+        const PathBook book(folders, identifier);
+        QCOMPARE(book.applicationSupportDirectory(), expected);
+        QCOMPARE(book.applicationSupport(), expected + u"/com.velto.quillbox"_s);
+        QCOMPARE(book.quillboxVolume(), u"/Volumes/Quillbox"_s);
+    }
 
-void TestPathIndicator::files_data()
-{
-    QTest::addColumn<QString>("path");
-    QTest::addColumn<QString>("name");
-    QTest::newRow("store") << QBPathIndicator::pathForGlobeInformation() << QStringLiteral("quillbox.globe");
-    QTest::newRow("downloads") << QBPathIndicator::pathForDownloadFileInformation() << QStringLiteral("download.info");
-    QTest::newRow("cache flags") << QBPathIndicator::pathForclearCachePlist() << QStringLiteral("clearCache.plist");
-    QTest::newRow("backup") << QBPathIndicator::pathForBackup() << QStringLiteral("BACKUP");
-    QTest::newRow("core data") << QBPathIndicator::pathForCoreDataStorage() << QStringLiteral("COREDATA");
-}
+    void unknownLibraryGivesNullEverywhere()
+    {
+        GivenFolders folders;
+        folders.libraryFolder = QString();
+        for (const auto identifier : {u"com.velto.quillbox", u"com.velto.quillbox.FinderHelper"}) {
+            const PathBook book(folders, QString::fromUtf16(identifier));
+            QVERIFY(book.applicationSupportDirectory().isNull());
+            QVERIFY(book.applicationSupport().isNull());
+            QVERIFY(book.inApplicationSupport(u"BACKUP"_s).isNull());
+        }
+    }
 
-void TestPathIndicator::files()
-{
-    QFETCH(const QString, path);
-    QFETCH(const QString, name);
-    QCOMPARE(path, QBPathIndicator::pathForApplicationSupport() + u'/' + name);
-    QVERIFY(path.startsWith(qEnvironmentVariable("HOME")));
-    QVERIFY(path.contains(QStringLiteral("com.velto.quillbox.FinderHelper1/Data/Library/Application Support/"
-                                         "com.velto.quillbox/")));
-    QVERIFY(QBPathIndicator::pathForCoreDataModel(QStringLiteral("none")).isNull());
-}
+    void files()
+    {
+        const QString folder =
+            qEnvironmentVariable("HOME") + "/.local/share/com.velto.quillbox/Library/Containers/"_L1 +
+            "com.velto.quillbox.FinderHelper1/Data/Library/Application Support/com.velto.quillbox/"_L1;
+        QCOMPARE(QBPathIndicator::pathForApplicationSupport() + u'/', folder);
+        QCOMPARE(QBPathIndicator::pathForGlobeInformation(), folder + "quillbox.globe"_L1);
+        QCOMPARE(QBPathIndicator::pathForDownloadFileInformation(), folder + "download.info"_L1);
+        QCOMPARE(QBPathIndicator::pathForclearCachePlist(), folder + "clearCache.plist"_L1);
+        QCOMPARE(QBPathIndicator::pathForBackup(), folder + "BACKUP"_L1);
+        QCOMPARE(QBPathIndicator::pathForCoreDataStorage(), folder + "COREDATA"_L1);
+        QVERIFY(QBPathIndicator::pathForCoreDataModel(u"none"_s).isNull());
+    }
 
-void TestPathIndicator::categories()
-{
-    const QStringList names = {QString(),
-                               QStringLiteral("MyDocuments.localized"),
-                               QStringLiteral("GroupDocuments.localized"),
-                               QStringLiteral("Libraries.localized"),
-                               QStringLiteral("SharedDocuments.localized"),
-                               QStringLiteral("ArchiveLibraries.localized"),
-                               QStringLiteral("ShareGroupDocuments.localized"),
-                               QStringLiteral("UnSyncCatalogs.localized"),
-                               QString()};
-    for (int type = 0; type < names.size(); ++type)
-        QCOMPARE(QBPathIndicator::categoryNameWithType(type), names.at(type));
-    QVERIFY(QBPathIndicator::categoryNameWithType(0).isNull());
-    QVERIFY(QBPathIndicator::categoryNameWithType(-1).isNull());
-}
+    void categories()
+    {
+        const QStringList names{u"MyDocuments"_s,     u"GroupDocuments"_s,   u"Libraries"_s,
+                                u"SharedDocuments"_s, u"ArchiveLibraries"_s, u"ShareGroupDocuments"_s,
+                                u"UnSyncCatalogs"_s};
+        for (int type = 1; type <= names.size(); ++type)
+            QCOMPARE(QBPathIndicator::categoryNameWithType(type), names.at(type - 1) + ".localized"_L1);
+        for (const int none : {-1, 0, 8})
+            QVERIFY(QBPathIndicator::categoryNameWithType(none).isNull());
+    }
+};
 
 REGISTER_TEST(TestPathIndicator)
 #include "TestPathIndicator.moc"

@@ -38,14 +38,12 @@ QBMenuItem *QBMenuItem::initWithTitle(const QString &title, const std::function<
 
 QIcon QBMenuItem::picture(const QString &name) const
 {
-    return Images::imageNamed(name, pictures);
+    return name.isNull() ? QIcon() : Images::imageNamed(name, pictures);
 }
 
 void QBMenuItem::setUp()
 {
-    image = picture(mainString + u"-Normal"_s);
-    highlightedImage = picture(mainString + u"-Enter"_s);
-    grayImage = picture(mainString + u"-Gray"_s);
+    images = {mainString + u"-Normal"_s, mainString + u"-Enter"_s, mainString + u"-Gray"_s};
     const QString key = mainString + u".title"_s;
     setTitles(platform::hasLocalizedString(key, ShellStrings::menuTable()) ? menuText(key) : QString());
     setQBHighlighted(false);
@@ -56,34 +54,18 @@ void QBMenuItem::setUpWithTitle(const QString &title)
     const shell::MenuLook *look = shell::recognizeMenuTitle(title, menuText);
     if (!look)
         return;
-    image = picture(look->normal);
-    highlightedImage = picture(look->pointer);
-    grayImage = picture(look->disabled);
+    images = {look->normal, look->pointer, look->disabled};
     setTitles(menuText(look->displayKey));
     if (look->hasArrow)
-        setUpArrow();
+        rightArrows = {u"RightArrow-Normal"_s, u"RightArrow-Enter"_s, u"RightArrow-Gray"_s};
     setQBHighlighted(false);
 }
 
-void QBMenuItem::setUpArrow()
-{
-    rightArrowImage = picture(u"RightArrow-Normal"_s);
-    rightArrowHighlightedImage = picture(u"RightArrow-Enter"_s);
-    rightArrowGrayImage = picture(u"RightArrow-Gray"_s);
-}
-
-const QIcon &QBMenuItem::imageFor(Look look) const
+const QString &QBMenuItem::Pictures::of(Look look) const
 {
     if (look == Look::Gray)
-        return grayImage;
-    return look == Look::Highlighted ? highlightedImage : image;
-}
-
-const QIcon &QBMenuItem::arrowFor(Look look) const
-{
-    if (look == Look::Gray)
-        return rightArrowGrayImage;
-    return look == Look::Highlighted ? rightArrowHighlightedImage : rightArrowImage;
+        return gray;
+    return look == Look::Highlighted ? highlighted : normal;
 }
 
 void QBMenuItem::removeSelfInMenu()

@@ -32,30 +32,35 @@ public:
     void showSelfInMenu();
 
     QString QBMainString() const { return mainString; }
-    const QIcon &QBImage() const { return image; }
-    const QIcon &QBHighlightedImage() const { return highlightedImage; }
-    const QIcon &QBGrayImage() const { return grayImage; }
-    const QIcon &QBRightArrowImage() const { return rightArrowImage; }
-    const QIcon &QBRightArrowHighlightedImage() const { return rightArrowHighlightedImage; }
-    const QIcon &QBRightArrowGrayImage() const { return rightArrowGrayImage; }
-    const QIcon &imageFor(Look look) const;
-    const QIcon &arrowFor(Look look) const;
+    QIcon QBImage() const { return picture(images.normal); }
+    QIcon QBHighlightedImage() const { return picture(images.highlighted); }
+    QIcon QBGrayImage() const { return picture(images.gray); }
+    /// The arrows are null without a submenu.
+    QIcon QBRightArrowImage() const { return picture(rightArrows.normal); }
+    QIcon QBRightArrowHighlightedImage() const { return picture(rightArrows.highlighted); }
+    QIcon QBRightArrowGrayImage() const { return picture(rightArrows.gray); }
+    QIcon imageFor(Look look) const { return picture(images.of(look)); }
+    QIcon arrowFor(Look look) const { return picture(rightArrows.of(look)); }
 
 protected:
     QWidget *createWidget(QWidget *parent) override;
 
 private:
+    /// Names; the pictures themselves are loaded when the menu is painted for the first time.
+    struct Pictures {
+        QString normal;
+        QString highlighted;
+        QString gray;
+
+        const QString &of(Look look) const;
+    };
+
     QIcon picture(const QString &name) const;
-    void setUpArrow();
 
     const QString pictures;
     QString mainString;
-    QIcon image;
-    QIcon highlightedImage;
-    QIcon grayImage;
-    QIcon rightArrowImage; ///< the arrows are null without a submenu
-    QIcon rightArrowHighlightedImage;
-    QIcon rightArrowGrayImage;
+    Pictures images;
+    Pictures rightArrows;
     QPointer<QMenu> QBmenu; ///< where it stood when it was taken out
     int QBIndexInMenu = -1;
 };

@@ -4,12 +4,21 @@
 #include "volume/ServerDocuments.h"
 #include "volume/SharedLink.h"
 
+#include <QDeadlineTimer>
 #include <QFileInfo>
+#include <QThread>
 
 #include <cerrno>
 
 namespace volume
 {
+
+namespace
+{
+/// A link is often followed right after the document was made: a little longer than the volume's listings live.
+constexpr int PatienceMilliseconds = 2500;
+constexpr unsigned long PauseMilliseconds = 100;
+} // namespace
 
 LinkLocator::LinkLocator(ServerDocuments &store, const QString &path) : documents(store), mountPoint(path) {}
 
@@ -34,12 +43,16 @@ QString LinkLocator::documentId(const QString &link)
 
 LinkLocator::Answer LinkLocator::placeOf(const QString &documentId) const
 {
-    for (const QString &place : SharedLink::places(documents.pathOf(documentId), documents.entries())) {
-        const QFileInfo item(mountPoint + u'/' + place);
-        if (item.exists())
-            return {Outcome::Found, item.isDir() ? item.filePath() : item.path()};
+    const QStringList places = SharedLink::places(documents.pathOf(documentId), documents.entries());
+    for (const QDeadlineTimer patience(PatienceMilliseconds);; QThread::msleep(PauseMilliseconds)) {
+        for (const QString &place : places) {
+            const QFileInfo item(mountPoint + u'/' + place);
+            if (item.exists())
+                return {Outcome::Found, item.isDir() ? item.filePath() : item.path()};
+        }
+        if (places.isEmpty() || patience.hasExpired())
+            return {};
     }
-    return {};
 }
 
 } // namespace volume

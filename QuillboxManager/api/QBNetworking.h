@@ -165,7 +165,8 @@ private:
 
     quint64 beginAttempt();
     bool isLatest(quint64 attempt) const;
-    bool storeSession(quint64 attempt, const QBGlobeAccount &account);
+    /// No error once the session is in memory and in the file, which the companion reads.
+    QBError storeSession(quint64 attempt, const QBGlobeAccount &account);
     /// Unless a session other than that of `token` was opened meanwhile.
     void storeSignedOut(quint64 attempt, const QString &token);
     QBError openSession(quint64 attempt, const QString &name, const QJsonObject &reply);

@@ -29,16 +29,22 @@ bool QBNetworking::isLatest(quint64 attempt) const
     return attempt == latestAttempt;
 }
 
-bool QBNetworking::storeSession(quint64 attempt, const QBGlobeAccount &account)
+QBError QBNetworking::storeSession(quint64 attempt, const QBGlobeAccount &account)
 {
+    QBGlobeAccount before;
     {
         const std::lock_guard lock(mutex);
         if (attempt != latestAttempt)
-            return false;
+            return transportError(TransportError::Cancelled);
+        before = globe.account();
         globe.setAccount(account);
     }
-    globe.update(); // outside the lock, which the main thread takes too
-    return true;
+    if (globe.update()) // outside the lock, which the main thread takes too
+        return {};
+    const std::lock_guard lock(mutex);
+    if (attempt == latestAttempt)
+        globe.setAccount(before);
+    return transportError(TransportError::SessionNotKept);
 }
 
 void QBNetworking::storeSignedOut(quint64 attempt, const QString &token)
@@ -63,7 +69,7 @@ QBError QBNetworking::openSession(quint64 attempt, const QString &name, const QJ
     account.tokenID = ServerReplies::text(reply.value(u"tokenid"_s));
     if (account.userID.isEmpty() || account.tokenID.isEmpty())
         return transportError(TransportError::BadReply);
-    return storeSession(attempt, account) ? QBError() : transportError(TransportError::Cancelled);
+    return storeSession(attempt, account);
 }
 
 void QBNetworking::signIn(const QString &url, const QByteArray &body, const QString &name, const LoginHandle &handle)

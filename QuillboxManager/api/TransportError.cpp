@@ -26,6 +26,7 @@ constexpr Text texts[] = {
     {TransportError::ReplyTooLarge, "TransportTooLarge", "The server's reply is too large."},
     {TransportError::SecureConnectionFailed, "TransportTLS", "A secure connection to the server could not be made."},
     {TransportError::CannotWrite, "TransportCannotWrite", "The document could not be stored."},
+    {TransportError::SessionNotKept, "TransportSessionNotKept", "The sign-in could not be saved. Is the disk full?"},
 };
 
 } // namespace

@@ -17,7 +17,8 @@ enum class TransportError {
     ReplyTooLarge = -1103,
     BodyUnreadable = -1021, ///< what was to be sent could not be read
     SecureConnectionFailed = -1200,
-    CannotWrite = -3003, ///< what arrived could not be kept
+    CannotWrite = -3003,    ///< what arrived could not be kept
+    SessionNotKept = -3004, ///< signed in, but the session could not be stored for the companion
 };
 
 /// The error with its text in the user's language (table "Messages", key "Transport…"), in English where the table has

@@ -68,14 +68,14 @@ bool QBClearCacheInformation::clearCacheAlertFlag(const QString &userID) const
     return flag(alertKey(), userID);
 }
 
-void QBClearCacheInformation::updateClearCacheSettingWindowFlag(bool flag, const QString &userID)
+bool QBClearCacheInformation::updateClearCacheSettingWindowFlag(bool flag, const QString &userID)
 {
-    update(settingKey(), flag, userID);
+    return update(settingKey(), flag, userID);
 }
 
-void QBClearCacheInformation::updateClearCacheShowFlag(bool flag, const QString &userID)
+bool QBClearCacheInformation::updateClearCacheShowFlag(bool flag, const QString &userID)
 {
-    update(alertKey(), flag, userID);
+    return update(alertKey(), flag, userID);
 }
 
 bool QBClearCacheInformation::flag(const QString &key, const QString &userID) const
@@ -86,13 +86,13 @@ bool QBClearCacheInformation::flag(const QString &key, const QString &userID) co
     return counts && value.toBool();
 }
 
-void QBClearCacheInformation::update(const QString &key, bool flag, const QString &userID)
+bool QBClearCacheInformation::update(const QString &key, bool flag, const QString &userID)
 {
     QVariantMap root = readDictionary(filePath).value_or(QVariantMap());
     if (!isDictionary(root.value(key)))
-        return;
+        return false;
     QVariantMap users = root.value(key).toMap();
     users.insert(userID, flag);
     root.insert(key, users);
-    platform::PropertyList::write(filePath, root);
+    return platform::PropertyList::write(filePath, root);
 }

@@ -4,7 +4,7 @@
 
 /// Each user's choice whether the companion clears its cache at the end, and whether the reminder about it is still to
 /// be shown. Kept in "clearCache.plist", which manager and companion share. Every call reads the file anew; nothing is
-/// locked, so the latest writer wins. Errors are silent: an unreadable file says no to everything. Touches the disk.
+/// locked, so the latest writer wins. An unreadable file says no to everything. Touches the disk.
 class QBClearCacheInformation
 {
 public:
@@ -24,12 +24,13 @@ public:
     bool clearCacheSettingWindowFlag(const QString &userID) const;
     /// The reminder is still to be shown.
     bool clearCacheAlertFlag(const QString &userID) const;
-    void updateClearCacheSettingWindowFlag(bool flag, const QString &userID);
-    void updateClearCacheShowFlag(bool flag, const QString &userID);
+    /// False when the file could not be written; it is what it was then.
+    bool updateClearCacheSettingWindowFlag(bool flag, const QString &userID);
+    bool updateClearCacheShowFlag(bool flag, const QString &userID);
 
 private:
     bool flag(const QString &key, const QString &userID) const;
-    void update(const QString &key, bool flag, const QString &userID);
+    bool update(const QString &key, bool flag, const QString &userID);
 
     const QString filePath;
 };

@@ -16,6 +16,8 @@ namespace shell
 
 namespace
 {
+constexpr qsizetype MostWaiting = 64;
+
 void logFailure(const QBError &error)
 {
     platform::log(platform::fillPlaceholders(QStringLiteral("Quillbox[Fuse] Could not start client error:%@"),
@@ -47,21 +49,49 @@ void ServiceClient::registerClient()
 {
     if (client)
         client->close();
+    connected = false;
     client = GDUnixSocketClient::initWithSocketPath(socketPath);
     if (!client) {
         logFailure(GDUnixSocketErrors::gduds_errorForCode(GDUnixSocketErrors::BadSocket));
         return;
     }
-    client->connectWithAutoRead(true, [](const QBError &error) {
-        if (error)
-            logFailure(error);
+    const auto connect = [made = client] {
+        QBError error;
+        made->connectWithAutoRead(true, &error);
+        return error;
+    };
+    platform::inBackground(this, connect, [this, made = client](const QBError &error) {
+        if (made == client)
+            didConnect(error);
     });
+}
+
+void ServiceClient::didConnect(const QBError &error)
+{
+    connected = error.isNull();
+    if (!connected)
+        logFailure(error);
+    for (const QByteArray &message : std::exchange(waiting, {}))
+        if (connected)
+            client->writeData(message, GDUnixSocket::WriteCompletion());
+}
+
+void ServiceClient::close()
+{
+    if (client)
+        client->close();
+    client.reset();
+    connected = false;
+    waiting.clear();
 }
 
 void ServiceClient::sendDicDataForKey(const QString &key, const QString &text)
 {
-    if (client)
-        client->writeData(SocketMessage{key, text}.bytes(), GDUnixSocket::WriteCompletion());
+    const QByteArray message = SocketMessage{key, text}.bytes();
+    if (connected)
+        client->writeData(message, GDUnixSocket::WriteCompletion());
+    else if (waiting.size() < MostWaiting)
+        waiting.append(message);
 }
 
 void ServiceClient::sendWhenRunning(const QString &key, const QString &text)

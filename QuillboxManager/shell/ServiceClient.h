@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArrayList>
 #include <QObject>
 #include <QString>
 
@@ -8,6 +9,7 @@
 #include <memory>
 
 class GDUnixSocketClient;
+class QBError;
 
 namespace shell
 {
@@ -26,8 +28,11 @@ public:
     /// Connects to the companion that has just announced its socket; an earlier connection is closed. A failure is
     /// logged and not retried.
     void registerClient();
-    /// One JSON object with this one member. Without a connection the text is dropped.
+    /// One JSON object with this one member. A companion that has not announced itself yet gets it when it has; beyond
+    /// a limit the text is dropped.
     void sendDicDataForKey(const QString &key, const QString &text);
+    /// The companion has ended: what waited for it goes, and nothing is sent to its socket any more.
+    void close();
 
     /// An address of the application's scheme was opened.
     void handleAppleEvent(const QString &url);
@@ -35,6 +40,7 @@ public:
     void handleSearchQBFile(const QString &text);
 
 private:
+    void didConnect(const QBError &error);
     /// Now when the companion runs, else one more try after the delay.
     void sendWhenRunning(const QString &key, const QString &text);
 
@@ -42,6 +48,8 @@ private:
     const std::function<bool()> serviceRunning;
     const std::chrono::milliseconds retryDelay;
     std::shared_ptr<GDUnixSocketClient> client;
+    bool connected = false;
+    QByteArrayList waiting; ///< messages for a companion that is still starting, in their order
 };
 
 } // namespace shell

@@ -38,6 +38,14 @@ void showPicture(QLabel *label, const QString &name, int side)
     label->setPixmap(Images::pixmapNamed(name, {side, side}, label->devicePixelRatioF()));
 }
 
+QBAlert::Alert settingNotKeptAlert()
+{
+    QBAlert::Alert alert = QBAlert::make(QMessageBox::Warning, localizedString(u"设置未能保存"_s),
+                                         localizedString(u"请检查磁盘剩余空间后重试"_s));
+    QBAlert::addButton(*alert, localizedString(ShellStrings::okTitle()));
+    return alert;
+}
+
 /// Shown whole on demand.
 void showValue(QLabel *label, const QString &text)
 {
@@ -255,7 +263,11 @@ void SettingWindowsController::clickClearCacheBtn()
     const bool clears = form->btnCheckClearCache->isChecked();
     // A user whom nobody has entered yet would lose the choice.
     cache.initialClearCacheSettingWindowFlagAndClearCacheShowAlertFlag(false, user);
-    cache.updateClearCacheSettingWindowFlag(clears, user);
+    if (!cache.updateClearCacheSettingWindowFlag(clears, user)) {
+        showClearCacheState();
+        changePasswordWindow.present(settingNotKeptAlert(), [](int) {});
+        return;
+    }
     // Whoever ticks the box needs no reminder any more.
     if (clears)
         cache.updateClearCacheShowFlag(false, user);

@@ -6,7 +6,6 @@
 
 #include <QCursor>
 #include <QMenu>
-#include <QSystemTrayIcon>
 
 namespace shell
 {
@@ -14,7 +13,11 @@ namespace shell
 StatusItem::StatusItem(QMenu &statusMenu, std::unique_ptr<TrayHost> trayHost, QObject *parent)
     : QObject(parent), menu(statusMenu), host(std::move(trayHost))
 {
-    connect(host.get(), &TrayHost::appeared, this, &StatusItem::makeIcon);
+    // Queued: a tray that goes is noticed in the middle of the icon's own work.
+    connect(host.get(), &TrayHost::appeared, this, &StatusItem::makeIcon, Qt::QueuedConnection);
+    connect(
+        host.get(), &TrayHost::disappeared, this, [this] { icon.reset(); }, Qt::QueuedConnection);
+    connect(&menu, &QMenu::aboutToHide, this, [this] { sinceMenuWent.start(); });
 }
 
 StatusItem::~StatusItem() = default;
@@ -31,11 +34,20 @@ void StatusItem::makeIcon()
     icon = std::make_unique<QSystemTrayIcon>(Images::imageNamed(QStringLiteral("StatuBarIcon")));
     icon->setToolTip(ShellStrings::toolTip());
     icon->setContextMenu(&menu);
-    connect(icon.get(), &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
-        if (reason == QSystemTrayIcon::Trigger)
-            menu.popup(QCursor::pos());
-    });
+    connect(icon.get(), &QSystemTrayIcon::activated, this, &StatusItem::iconPressed);
     icon->show();
+}
+
+void StatusItem::iconPressed(QSystemTrayIcon::ActivationReason reason)
+{
+    // On its way here the press itself may have closed the menu, as presses beside a menu do.
+    constexpr qint64 onePressMilliseconds = 300;
+    const bool wasOpen = sinceMenuWent.isValid() && !sinceMenuWent.hasExpired(onePressMilliseconds);
+    const bool primary = reason == QSystemTrayIcon::Trigger;
+    if (wasOpen || (primary && menu.isVisible()))
+        menu.hide(); // also what a secondary press has just opened again
+    else if (primary)
+        menu.popup(QCursor::pos());
 }
 
 void StatusItem::showMenuWindow()

@@ -2,12 +2,13 @@
 
 #include "shell/TrayHost.h"
 
+#include <QElapsedTimer>
 #include <QObject>
+#include <QSystemTrayIcon>
 
 #include <memory>
 
 class QMenu;
-class QSystemTrayIcon;
 
 namespace shell
 {
@@ -15,7 +16,8 @@ namespace shell
 class MenuWindow;
 
 /// The icon in the desktop's tray with the status menu behind it, and the menu's window where there is no tray. Main
-/// thread. The icon is made when a tray shows up, so a late one gets it as well.
+/// thread. The icon is made when a tray shows up, so a late one gets it as well, and
+/// goes with it.
 class StatusItem : public QObject
 {
     Q_OBJECT
@@ -32,10 +34,12 @@ public:
 
 private:
     void makeIcon();
+    void iconPressed(QSystemTrayIcon::ActivationReason reason);
 
     QMenu &menu;
     const std::unique_ptr<TrayHost> host;
     std::unique_ptr<QSystemTrayIcon> icon;
+    QElapsedTimer sinceMenuWent;
     std::unique_ptr<MenuWindow> menuWindow;
 };
 

@@ -17,11 +17,13 @@ public:
 
     using QObject::QObject;
 
-    /// Starts looking; `appeared` follows when a host is there, at the start or later.
+    /// Starts looking; `appeared` follows when a host is there, at the start or later, and `disappeared` when none is
+    /// left, or when icons of before lead nowhere because the session bus was another one.
     virtual void watch() = 0;
 
 Q_SIGNALS:
     void appeared();
+    void disappeared();
 };
 
 } // namespace shell

@@ -74,6 +74,11 @@ Host &host()
     return linuxHost().host;
 }
 
+SessionBus &hostSessionBus()
+{
+    return linuxHost().bus;
+}
+
 bool reducedMotionWanted()
 {
     static const auto *const motion = new LinuxReducedMotion(linuxHost().bus);

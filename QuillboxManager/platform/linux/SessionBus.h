@@ -48,4 +48,7 @@ private:
     QTimer retry{this};
 };
 
+/// The one that the parts of the host share. Main thread.
+SessionBus &hostSessionBus();
+
 } // namespace platform

@@ -443,8 +443,16 @@
         <translation>Settings</translation>
     </message>
     <message>
+        <source>设置未能保存</source>
+        <translation>The setting could not be saved</translation>
+    </message>
+    <message>
         <source>请安装云盘所需依赖库FUSE %@</source>
         <translation>The cloud drive needs FUSE %@. Please install it.</translation>
+    </message>
+    <message>
+        <source>请检查磁盘剩余空间后重试</source>
+        <translation>Check the free space on your disk and try again</translation>
     </message>
     <message>
         <source>请检查网络状态后重试</source>
@@ -939,6 +947,10 @@
         <translation>The connection to the server was lost. Try again.</translation>
     </message>
     <message>
+        <source>TransportSessionNotKept</source>
+        <translation>The sign-in could not be saved. Is the disk full?</translation>
+    </message>
+    <message>
         <source>TransportTLS</source>
         <translation>A secure connection to the server could not be made. Contact your administrator.</translation>
     </message>
@@ -1061,8 +1073,16 @@
         <translation>Cannot rename: the file “&lt;%@&gt;” is locked by &lt;%@&gt;.</translation>
     </message>
     <message>
+        <source>无法直传文件</source>
+        <translation>Direct upload is not possible</translation>
+    </message>
+    <message>
         <source>未找到链接指向的文档</source>
         <translation>The document was not found. Check the link, and whether you may open this document.</translation>
+    </message>
+    <message>
+        <source>没有可以上传的个人文件夹，请检查网络后重试</source>
+        <translation>None of your own folders can be reached. Check the connection and try again.</translation>
     </message>
     <message>
         <source>立即认证</source>

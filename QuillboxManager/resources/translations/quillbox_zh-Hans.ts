@@ -443,8 +443,16 @@
         <translation>设置</translation>
     </message>
     <message>
+        <source>设置未能保存</source>
+        <translation>设置未能保存</translation>
+    </message>
+    <message>
         <source>请安装云盘所需依赖库FUSE %@</source>
         <translation>请安装云盘所需依赖库FUSE %@</translation>
+    </message>
+    <message>
+        <source>请检查磁盘剩余空间后重试</source>
+        <translation>请检查磁盘剩余空间后重试</translation>
     </message>
     <message>
         <source>请检查网络状态后重试</source>
@@ -939,6 +947,10 @@
         <translation>与服务器的连接中断，请重试。</translation>
     </message>
     <message>
+        <source>TransportSessionNotKept</source>
+        <translation>登录信息未能保存，请检查磁盘剩余空间。</translation>
+    </message>
+    <message>
         <source>TransportTLS</source>
         <translation>无法与服务器建立安全连接，请联系管理员。</translation>
     </message>
@@ -1061,8 +1073,16 @@
         <translation>无法执行重命名操作，文件 “&lt;%@&gt;” 已被 &lt;%@&gt; 锁定</translation>
     </message>
     <message>
+        <source>无法直传文件</source>
+        <translation>无法直传文件</translation>
+    </message>
+    <message>
         <source>未找到链接指向的文档</source>
         <translation>未找到链接指向的文档。请确认链接是否正确，以及您是否有访问权限。</translation>
+    </message>
+    <message>
+        <source>没有可以上传的个人文件夹，请检查网络后重试</source>
+        <translation>没有可以上传的个人文件夹，请检查网络后重试</translation>
     </message>
     <message>
         <source>立即认证</source>

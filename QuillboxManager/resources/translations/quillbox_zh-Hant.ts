@@ -443,8 +443,16 @@
         <translation>設定</translation>
     </message>
     <message>
+        <source>设置未能保存</source>
+        <translation>設定未能儲存</translation>
+    </message>
+    <message>
         <source>请安装云盘所需依赖库FUSE %@</source>
         <translation>請安裝雲端硬碟所需的相依套件FUSE %@</translation>
+    </message>
+    <message>
+        <source>请检查磁盘剩余空间后重试</source>
+        <translation>請檢查磁碟剩餘空間後重試</translation>
     </message>
     <message>
         <source>请检查网络状态后重试</source>
@@ -939,6 +947,10 @@
         <translation>與伺服器的連線中斷，請重試。</translation>
     </message>
     <message>
+        <source>TransportSessionNotKept</source>
+        <translation>登入資訊未能儲存，請檢查磁碟剩餘空間。</translation>
+    </message>
+    <message>
         <source>TransportTLS</source>
         <translation>無法與伺服器建立安全連線，請聯絡管理員。</translation>
     </message>
@@ -1061,8 +1073,16 @@
         <translation>無法執行重新命名操作，檔案 “&lt;%@&gt;” 已被 &lt;%@&gt; 鎖定</translation>
     </message>
     <message>
+        <source>无法直传文件</source>
+        <translation>無法直接上傳檔案</translation>
+    </message>
+    <message>
         <source>未找到链接指向的文档</source>
         <translation>找不到連結指向的文件。請確認連結是否正確，以及您是否有存取權限。</translation>
+    </message>
+    <message>
+        <source>没有可以上传的个人文件夹，请检查网络后重试</source>
+        <translation>沒有可以上傳的個人資料夾，請檢查網路後重試</translation>
     </message>
     <message>
         <source>立即认证</source>

@@ -1,10 +1,13 @@
 #include "shell/linux/DesktopTrayHost.h"
 
+#include "platform/linux/SessionBus.h"
+
 #include <QDBusConnection>
-#include <QDBusConnectionInterface>
+#include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QDBusServiceWatcher>
+#include <QDBusVariant>
 #include <QGuiApplication>
 
 #include <xcb/xcb.h>
@@ -34,14 +37,21 @@ const QString &watcherName()
     static const QString name = QStringLiteral("org.kde.StatusNotifierWatcher");
     return name;
 }
+
+QString watcherPath()
+{
+    return QStringLiteral("/StatusNotifierWatcher");
+}
 } // namespace
 
 std::unique_ptr<TrayHost> TrayHost::create()
 {
-    return std::make_unique<DesktopTrayHost>();
+    return std::make_unique<DesktopTrayHost>(platform::hostSessionBus());
 }
 
-DesktopTrayHost::DesktopTrayHost(QObject *parent) : TrayHost(parent) {}
+DesktopTrayHost::DesktopTrayHost(platform::SessionBus &sessionBus, QObject *parent) : TrayHost(parent), bus(sessionBus)
+{
+}
 
 DesktopTrayHost::~DesktopTrayHost()
 {
@@ -51,24 +61,56 @@ DesktopTrayHost::~DesktopTrayHost()
 
 void DesktopTrayHost::watch()
 {
-    watchBus();
+    const QDBusConnection connection = bus.connection();
+    connect(&bus, &platform::SessionBus::connected, this, &DesktopTrayHost::watchBus);
+    if (connection.isConnected())
+        watchBus(connection);
     watchScreen();
 }
 
-void DesktopTrayHost::watchBus()
+void DesktopTrayHost::note(bool &kind, bool there)
 {
-    const QDBusConnection bus = QDBusConnection::sessionBus();
-    if (!bus.isConnected())
+    const bool before = onBus || onScreen;
+    kind = there;
+    if ((onBus || onScreen) == before)
         return;
-    auto *watcher = new QDBusServiceWatcher(watcherName(), bus, QDBusServiceWatcher::WatchForRegistration, this);
-    connect(watcher, &QDBusServiceWatcher::serviceRegistered, this, &TrayHost::appeared);
-    auto *call =
-        new QDBusPendingCallWatcher(bus.interface()->asyncCall(QStringLiteral("NameHasOwner"), watcherName()), this);
+    if (before)
+        Q_EMIT disappeared();
+    else
+        Q_EMIT appeared();
+}
+
+void DesktopTrayHost::watchBus(const QDBusConnection &connection)
+{
+    note(onBus, false); // an icon speaks over the connection it was made with
+    nameWatcher =
+        std::make_unique<QDBusServiceWatcher>(watcherName(), connection, QDBusServiceWatcher::WatchForOwnerChange);
+    connect(nameWatcher.get(), &QDBusServiceWatcher::serviceOwnerChanged, this,
+            [this](const QString &, const QString &, const QString &owner) {
+                if (owner.isEmpty())
+                    note(onBus, false);
+                else
+                    askForHost();
+            });
+    QDBusConnection(connection)
+        .connect(watcherName(), watcherPath(), watcherName(), QStringLiteral("StatusNotifierHostRegistered"), this,
+                 SLOT(askForHost()));
+    askForHost();
+}
+
+/// The toolkit asks the same when the icon is made, and waits: a watcher that does not answer gets no icon.
+void DesktopTrayHost::askForHost()
+{
+    QDBusMessage question = QDBusMessage::createMethodCall(
+        watcherName(), watcherPath(), QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
+    question.setAutoStartService(false);
+    question << watcherName() << QStringLiteral("IsStatusNotifierHostRegistered");
+    auto *call = new QDBusPendingCallWatcher(nameWatcher->connection().asyncCall(question), nameWatcher.get());
     connect(call, &QDBusPendingCallWatcher::finished, this, [this, call] {
-        const QDBusPendingReply<bool> owned = *call;
+        const QDBusPendingReply<QDBusVariant> known = *call;
         call->deleteLater();
-        if (!owned.isError() && owned.value())
-            Q_EMIT appeared();
+        if (!known.isError() && known.value().variant().toBool())
+            note(onBus, true);
     });
 }
 
@@ -84,7 +126,15 @@ void DesktopTrayHost::watchScreen()
     const auto cookie = xcb_get_selection_owner(screen, selection);
     const ReplyPointer<xcb_get_selection_owner_reply_t> reply(xcb_get_selection_owner_reply(screen, cookie, nullptr));
     if (reply && reply->owner != XCB_WINDOW_NONE)
-        Q_EMIT appeared();
+        followOwner(reply->owner);
+}
+
+void DesktopTrayHost::followOwner(quint32 window)
+{
+    trayWindow = window;
+    const uint32_t events[] = {XCB_EVENT_MASK_STRUCTURE_NOTIFY};
+    xcb_change_window_attributes(screen, window, XCB_CW_EVENT_MASK, events);
+    note(onScreen, true);
 }
 
 bool DesktopTrayHost::nativeEventFilter(const QByteArray &eventType, void *message, qintptr *)
@@ -92,12 +142,16 @@ bool DesktopTrayHost::nativeEventFilter(const QByteArray &eventType, void *messa
     if (eventType != "xcb_generic_event_t")
         return false;
     const auto *event = static_cast<const xcb_generic_event_t *>(message);
-    if ((event->response_type & 0x7f) != XCB_CLIENT_MESSAGE)
+    const int kind = event->response_type & 0x7f;
+    if (kind == XCB_DESTROY_NOTIFY &&
+        reinterpret_cast<const xcb_destroy_notify_event_t *>(event)->window == trayWindow && onScreen)
+        note(onScreen, false);
+    if (kind != XCB_CLIENT_MESSAGE)
         return false;
-    // A new tray announces itself to everybody; the second word names the selection it took.
+    // A new tray announces itself to everybody: the second word names the selection it took, the third its window.
     const auto *announcement = reinterpret_cast<const xcb_client_message_event_t *>(event);
     if (announcement->type == manager && announcement->data.data32[1] == selection)
-        Q_EMIT appeared();
+        followOwner(announcement->data.data32[2]);
     return false;
 }
 

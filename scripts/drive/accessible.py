@@ -11,7 +11,7 @@ from gi.repository import Gio, GLib  # noqa: E402
 ACCESSIBLE = "org.a11y.atspi.Accessible"
 ROOT = "/org/a11y/atspi/accessible/root"
 TIMEOUT = 2000  # milliseconds
-STATE_ENABLED, STATE_FOCUSED, STATE_SENSITIVE, STATE_SHOWING = 8, 12, 24, 25
+STATE_CHECKED, STATE_ENABLED, STATE_FOCUSED, STATE_SENSITIVE, STATE_SHOWING = 4, 8, 12, 24, 25
 
 
 class AccessibilityBus:
@@ -84,6 +84,9 @@ class Accessible:
 
     def is_enabled(self):
         return self.has_state(STATE_ENABLED) and self.has_state(STATE_SENSITIVE)
+
+    def is_checked(self):
+        return self.has_state(STATE_CHECKED)
 
     def has_focus(self):
         return self.has_state(STATE_FOCUSED)

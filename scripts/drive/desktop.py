@@ -23,7 +23,7 @@ class Desktop:
         os.environ["XDG_RUNTIME_DIR"] = self.runtime
         try:
             os.environ["DISPLAY"] = self._start_screen(size)
-            os.environ["DBUS_SESSION_BUS_ADDRESS"] = self._start_bus()
+            os.environ["DBUS_SESSION_BUS_ADDRESS"] = self.start_bus(f"unix:dir={self.runtime}")[1]
         except BaseException:
             self.close()
             raise
@@ -36,13 +36,14 @@ class Desktop:
         os.close(write)
         return ":" + self._line(read, "the virtual screen (Xvfb)")
 
-    def _start_bus(self):
+    def start_bus(self, address):
+        """(process, address) of a session bus that listens there."""
         read, write = os.pipe()
-        processes.start(["dbus-daemon", "--session", "--nofork", f"--print-address={write}",
-                         f"--address=unix:dir={self.runtime}"],
-                        pass_fds=(write,), stdout=subprocess.DEVNULL, stderr=self._log("bus.log"))
+        bus = processes.start(["dbus-daemon", "--session", "--nofork", f"--print-address={write}",
+                               f"--address={address}"],
+                              pass_fds=(write,), stdout=subprocess.DEVNULL, stderr=self._log("bus.log"))
         os.close(write)
-        return self._line(read, "the session bus (dbus-daemon)")
+        return bus, self._line(read, "the session bus (dbus-daemon)")
 
     def _log(self, name):
         return open(os.path.join(self.runtime, name), "wb")  # noqa: SIM115 - belongs to the child
@@ -70,6 +71,14 @@ class Desktop:
         subprocess.run(["xdotool", "key", "--clearmodifiers", "ctrl+a", "Delete"], check=True)
         if text:
             subprocess.run(["xdotool", "type", "--delay", "4", "--file", "-"], input=text, text=True, check=True)
+
+    def click(self, window, button=1):
+        """With the mouse, in the middle of the window."""
+        place = dict(line.split("=") for line in subprocess.run(
+            ["xdotool", "getwindowgeometry", "--shell", str(window)], capture_output=True, text=True,
+            check=True).stdout.splitlines())
+        middle = [str(int(place[start]) + int(place[size]) // 2) for start, size in (("X", "WIDTH"), ("Y", "HEIGHT"))]
+        subprocess.run(["xdotool", "mousemove", *middle, "click", str(button)], check=True)
 
     def key(self, name):
         subprocess.run(["xdotool", "key", name], check=True)

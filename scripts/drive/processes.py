@@ -42,6 +42,13 @@ def status(process_id):
         return "", 0
 
 
+def seconds_used(process_id):
+    """Processor time of a running process so far."""
+    with open(f"/proc/{process_id}/stat", encoding="utf-8", errors="replace") as file:
+        fields = file.read().rpartition(")")[2].split()
+    return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
+
+
 def executable(process_id):
     try:
         return os.readlink(f"/proc/{process_id}/exe")

@@ -5,38 +5,29 @@ import signal
 import time
 
 from drive import processes, road
-from drive.manager import SERVER_WINDOW, SIGN_IN_WINDOW
+from drive.manager import SIGN_IN_WINDOW
 from drive.server import DEMO_ACCOUNT, DEMO_PASSWORD
 from drive.waiting import wait_for
 
-import link_cases
-import menu_cases
 import shell_cases
 import signin_cases
+import tray_cases
 import update_cases
 import volume_cases
+from day_case import day
 from steps import expect, signed_in
 
 
-def whole_road(stage, port, https):
+def road_http(stage):
+    """The road through a server that knows no encryption; the day takes the other one."""
     manager = stage.launch()
-    road.choose_server(manager, "127.0.0.1", port)
+    road.choose_server(manager, "127.0.0.1", stage.server.http_port)
     road.sign_in(manager, DEMO_ACCOUNT, DEMO_PASSWORD)
-    session = stage.profile.session()
-    expect(session["server"].get("authPort") == port, f"stored port {session['server'].get('authPort')}, not {port}")
-    expect(bool(session["server"].get("useHttps")) == https, f"useHttps is not {https}")
-    expect(session["account"].get("name") == DEMO_ACCOUNT, "the account name was not stored")
+    server = stage.profile.session()["server"]
+    expect(server.get("authPort") == stage.server.http_port and not server.get("useHttps"), f"stored: {server}")
     road.wait_for_companion(manager)
     road.sign_out(manager)
     road.quit_manager(manager)
-
-
-def road_http(stage):
-    whole_road(stage, stage.server.http_port, False)
-
-
-def road_https(stage):
-    whole_road(stage, stage.server.https_port, True)
 
 
 def secrets_stay_private(stage):
@@ -68,15 +59,6 @@ def wrong_password(stage):
     expect(not stage.profile.is_signed_in() and not stage.profile.companions(), "signed in with a wrong password")
     wait_for("the sign-in button to be ready again", manager.control(SIGN_IN_WINDOW).is_enabled, 10)
     road.sign_in(manager, DEMO_ACCOUNT, DEMO_PASSWORD)
-    road.wait_for_companion(manager)
-
-
-def return_key_signs_in(stage):
-    stage.store_server(stage.server.https_port)
-    manager = stage.launch()
-    manager.type("txtUserName", DEMO_ACCOUNT)
-    manager.type("txtPassword", DEMO_PASSWORD)
-    stage.desktop.key("Return")
     road.wait_for_companion(manager)
 
 
@@ -146,16 +128,6 @@ def manager_killed(stage):
     wait_for("the companion to notice that the manager died", lambda: not stage.profile.companions(), 10)
 
 
-def second_launch(stage):
-    manager = stage.launch()
-    manager.control(SERVER_WINDOW)
-    manager.type("txtServerAddress", "half-typed")
-    expect(manager.launch_again() == 0, "the second launch did not end with 0")
-    expect(manager.runs(), "the second launch ended the first")
-    expect(manager.control("txtServerAddress").text() == "half-typed", "the second launch disturbed the first one's window")
-    expect(stage.profile.processes() == [manager.process.pid], "the second launch left a process behind")
-
-
 def server_down_at_start(stage):
     """A stored server that does not answer opens the server window with a reason, and the road goes on from there."""
     stage.store_server(stage.server.http_port)
@@ -201,7 +173,6 @@ def languages(stage):
 
 
 ALL = {case.__name__: case for case in (
-    road_http, road_https, secrets_stay_private, wrong_password, return_key_signs_in, sms_code, companion_killed,
-    companion_missing, manager_killed, second_launch, server_down_at_start, terminated, quit_while_server_is_slow,
-    languages, link_cases.shared_link, *menu_cases.ALL, *signin_cases.ALL, *shell_cases.ALL, volume_cases.volume,
-    volume_cases.volume_after_crash, *update_cases.ALL)}
+    day, road_http, secrets_stay_private, wrong_password, sms_code, companion_killed, companion_missing, manager_killed,
+    server_down_at_start, terminated, quit_while_server_is_slow, languages, *tray_cases.ALL, *signin_cases.ALL,
+    *shell_cases.ALL, volume_cases.volume, volume_cases.volume_after_crash, *update_cases.ALL)}

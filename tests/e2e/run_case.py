@@ -2,7 +2,8 @@
 """Runs one end-to-end case against a build: run_case.py CASE SOURCE_FOLDER BUILD_FOLDER
 
 Always as an ordinary user: root first copies what is needed to a folder of the user "nobody" and continues as that user.
-Where only root may open the FUSE device, that user gets a node of its own, which nobody else sees.
+Where only root may open the FUSE device, that user gets a node of its own, which nobody else sees. A case that fills a
+disk gets a small one of its own; whoever is not root mounts it in a user namespace.
 """
 import os
 import pathlib
@@ -22,6 +23,23 @@ mknod -m 666 "$folder/fuse" c $number
 mount --bind "$folder/fuse" /dev/fuse
 exec "$@"
 """
+ON_SMALL_DISK = ("home_full",)
+SMALL_DISK = "QUILLBOX_SMALL_DISK"  # names its folder
+WITH_SMALL_DISK = """set -e; mount -t tmpfs -o size=1m,mode=777 none "$1"; shift; exec "$@" """
+
+
+def with_small_disk(command, folder, *namespaces):
+    return ["unshare", "--mount", *namespaces, "sh", "-c", WITH_SMALL_DISK, "sh", folder, *command]
+
+
+def in_user_namespace(arguments):
+    """Repeats this program where its user may mount, and returns its exit status."""
+    folder = tempfile.mkdtemp(prefix="quillbox-small-")
+    try:
+        command = with_small_disk([sys.executable, *arguments], folder, "--user", "--map-root-user")
+        return subprocess.run(command, env={**os.environ, SMALL_DISK: folder}, check=False).returncode
+    finally:
+        os.rmdir(folder)
 
 
 def with_device(command, folder):
@@ -45,11 +63,15 @@ def as_ordinary_user(case, source, build):
         shutil.copytree(HERE, folder / "source/tests/e2e")
         shutil.copytree(source / "packaging", folder / "source/packaging")
         (folder / "home").mkdir()
+        (folder / "small").mkdir()
         subprocess.run(["chown", "-R", f"{user.pw_uid}:{user.pw_gid}", folder], check=True)
         environment = {name: os.environ[name] for name in ("PATH", "LANG") if name in os.environ}
         command = ["setpriv", f"--reuid={user.pw_uid}", f"--regid={user.pw_gid}", "--clear-groups", "--pdeathsig=TERM",
                    sys.executable, folder / "source/tests/e2e/run_case.py", case, folder / "source", folder / "build"]
         environment.update(HOME=str(folder / "home"), PYTHONDONTWRITEBYTECODE="1")
+        if case in ON_SMALL_DISK:
+            environment[SMALL_DISK] = str(folder / "small")
+            command = with_small_disk(command, folder / "small", "--propagation", "private")
         command = with_device(command, folder / "device")
         return subprocess.run(command, env=environment, cwd=folder, check=False).returncode
     finally:
@@ -127,8 +149,10 @@ def play(case, build):
 def main():
     case, source, build = sys.argv[1], pathlib.Path(sys.argv[2]).resolve(), pathlib.Path(sys.argv[3]).resolve()
     signal.signal(signal.SIGTERM, lambda *_: sys.exit(143))
-    if os.geteuid() == 0:
+    if os.geteuid() == 0 and SMALL_DISK not in os.environ:
         return as_ordinary_user(case, source, build)
+    if case in ON_SMALL_DISK and SMALL_DISK not in os.environ:
+        return in_user_namespace(sys.argv)
     sys.path.insert(0, str(source / "scripts"))
     from drive import processes
 

@@ -11,13 +11,16 @@ import time
 from gi.repository import Gio
 
 from drive import processes, road
-from drive.manager import SERVER_WINDOW, SIGN_IN_WINDOW, Manager
+from drive.manager import SERVER_WINDOW, SIGN_IN_WINDOW
 from drive.round_trip import second_session
 from drive.server import DEMO_ACCOUNT, DEMO_PASSWORD
 from drive.waiting import wait_for
 
-from menu_cases import Opener
-from steps import expect, signed_in
+import volume_cases
+from opener import Opener
+from panel import Panel
+from steps import expect, signed_in, store_automatic_sign_in
+from tray_cases import TrayWatcher
 
 ENTRY = "com.velto.quillbox.desktop"
 STOP_PATIENCE = 15  # what the manager grants a companion that was told to stop
@@ -64,7 +67,8 @@ def put_in_place(stage, script):
     note = stage.profile.companion + ".pid"
     with contextlib.suppress(FileNotFoundError):
         os.remove(note)
-    os.remove(stage.profile.companion)
+    with contextlib.suppress(FileNotFoundError):
+        os.remove(stage.profile.companion)
     with open(stage.profile.companion, "w", encoding="utf-8") as file:
         file.write('#!/bin/sh\necho $$ >"$0.pid.new" && mv "$0.pid.new" "$0.pid"\n' + script)
     os.chmod(stage.profile.companion, 0o755)
@@ -88,29 +92,6 @@ def companion_replaced(stage):
     manager.choose_in_menu("performLogout")
     manager.control(SIGN_IN_WINDOW, STOP_PATIENCE + 10)
     expect(other not in processes.running(), "the other program still runs")
-
-
-def volume_busy(stage):
-    """A file that is open on the volume: the user is asked and can stay, twice; forced, the end comes all the same."""
-    manager, companion = signed_in(stage)
-    path = os.path.join(road.wait_for_volume(manager), "open.txt")
-    file = os.open(path, os.O_WRONLY | os.O_CREAT)
-    try:
-        os.write(file, b"not saved yet")
-        for entry in ("performLogout", "performQuitApp"):
-            manager.choose_in_menu(entry)
-            manager.press("alertButton2")
-            time.sleep(2.5)  # as long as the watch takes to notice an end of the companion
-            expect(manager.runs() and stage.profile.companions() == [companion], f"{entry} went on though refused")
-            os.write(file, b", and more")
-        manager.choose_in_menu("performQuitApp")
-        manager.press("alertButton1")
-        expect(manager.wait_for_end(15) == 0, "the forced end did not come")
-    finally:
-        with contextlib.suppress(OSError):  # nobody is left to take it
-            os.close(file)
-    wait_for("everything of the application to end", lambda: not stage.profile.processes(), 15)
-    stage.profile.volume.wait_until_gone(10)
 
 
 def no_session_bus(stage):
@@ -151,27 +132,124 @@ def nothing_can_be_written(stage):
 
 
 def addresses(stage):
-    """Addresses reach the companion: handed over at launch, while signed out, and three at once, in their order."""
+    """Addresses that come while the user is signed out, and three at once while the companion is still starting."""
     opener = Opener(stage.folder)
     manager, _ = signed_in(stage)
     road.wait_for_volume(manager)
     calls = second_session(stage.profile, DEMO_ACCOUNT, DEMO_PASSWORD)
-    names = ("at launch", "signed out", "first", "second", "third")
+    early, *three = names = ("early", "first", "second", "third")
     links = {name: f"quillbox://open?docid={calls.create_folder(calls.own_entry(), name)}" for name in names}
-    road.quit_manager(manager)
-
-    manager = Manager(stage.profile, stage.desktop, stage.bus, arguments=[links["at launch"]])
-    road.sign_in(manager, DEMO_ACCOUNT, DEMO_PASSWORD)
-    opener.wait_for("at launch")
     road.sign_out(manager)
-    expect(manager.launch_again(links["signed out"]) == 0, "the launch with an address failed")
+
+    os.rename(stage.profile.companion, stage.profile.companion + ".real")
+    note = put_in_place(stage, 'until [ -e "$0.go" ]; do sleep 0.02; done\nexec "$0.real" "$@"\n')
+    expect(manager.launch_again(links[early]) == 0, "the launch with an address failed")
     road.sign_in(manager, DEMO_ACCOUNT, DEMO_PASSWORD)
-    opener.wait_for("signed out")
-    before = len(opener.opened())
-    expect(manager.launch_again(links["first"], links["second"], links["third"]) == 0, "the launch with three failed")
+    wait_for("the companion to be started", lambda: os.path.exists(note), 10)
+    expect(manager.launch_again(*(links[name] for name in three)) == 0, "the launch with three failed")
+    pathlib.Path(stage.profile.companion + ".go").touch()
     opener.wait_for("third")
-    order = [line.rpartition("/")[2] for line in opener.opened()[before:]]
-    expect(order == sorted(order, key=names.index) and order[-1] == "third", f"opened in this order: {order}")
+    opener.wait_for(early)
+    order = [name for name in (line.rpartition("/")[2] for line in opener.opened()) if name in three]
+    expect(order == sorted(order, key=three.index), f"opened in this order: {order}")
+
+
+def session_bus_lost(stage):
+    """The bus goes while the user is signed in, and comes back: the log says so, nothing spins meanwhile, and then the
+    icon, its menu, notifications and second launches are there again. The automatic sign-in and the menu that the tray
+    draws stand in for assistive technology, which goes with the bus."""
+    opener = Opener(stage.folder)
+    address = os.environ["DBUS_SESSION_BUS_ADDRESS"] = f"unix:path={stage.desktop.runtime}/other-bus"
+    bus, _ = stage.desktop.start_bus(address)
+    tray = TrayWatcher()
+    store_automatic_sign_in(stage)
+    manager = stage.launch()
+    companion = road.wait_for_companion(manager)
+    road.wait_for_volume(manager)
+    wait_for("the icon in the tray", tray.serve, 10)
+
+    bus.kill()
+    wait_for("both programs to tell of the loss", lambda: stage.manager_log().count("The session bus is gone") == 2, 5)
+    told = stage.manager_log()
+    before = processes.seconds_used(manager.process.pid) + processes.seconds_used(companion)
+    time.sleep(2)
+    used = processes.seconds_used(manager.process.pid) + processes.seconds_used(companion) - before
+    expect(used < 0.2, f"without a bus {used:.2f} s of processor time went in 2 s")
+    expect(stage.manager_log() == told, f"told of the loss: {stage.manager_log()[len(told):]}")
+    expect(manager.runs() and stage.profile.companions() == [companion], "the loss of the bus ended a program")
+
+    stage.desktop.start_bus(address)
+    tray = TrayWatcher()
+    wait_for("the icon in the new tray", tray.serve, 20)
+    expect(manager.launch_again() == 0, "the second launch ended with an error")
+    opener.wait_for("volumes/Quillbox")
+    tray.choose("Transfers")
+    Panel(stage, manager, "transfers")
+    tray.choose("Sign Out")
+    wait_for("the companion to end", lambda: not stage.profile.companions(), 15)
+    tray.choose("Quit Quillbox")
+    expect(manager.wait_for_end() == 0, "the manager ended with an error")
+
+
+class SmallDisk:
+    """Takes the place of the folders in which the user's settings, data and caches lie."""
+
+    def __init__(self, profile):
+        self.folder = os.environ["QUILLBOX_SMALL_DISK"]
+        self.filler = os.path.join(self.folder, "filler")
+        for name in ("config", "data", "cache"):
+            os.mkdir(os.path.join(self.folder, name), 0o700)
+            os.rmdir(os.path.join(profile.folder, name))
+            os.symlink(os.path.join(self.folder, name), os.path.join(profile.folder, name))
+
+    def fill(self):
+        with contextlib.suppress(OSError), open(self.filler, "ab", buffering=0) as file:
+            while True:
+                file.write(bytes(4096))
+
+    def clear(self):
+        os.remove(self.filler)
+
+
+def home_full(stage):
+    """A full disk: what cannot be kept is said, what was kept stays whole, and nothing ends but by its own crash."""
+    disk = SmallDisk(stage.profile)
+    stage.store_server(stage.server.https_port)
+    disk.fill()
+    manager = stage.launch()
+    manager.type("txtUserName", DEMO_ACCOUNT)
+    manager.type("txtPassword", DEMO_PASSWORD)
+    manager.press(SIGN_IN_WINDOW)
+    message = wait_for("a text in the error line", lambda: manager.control("txtErrorMessage").spoken_name(), 10)
+    expect("could not be saved" in message, f"the error line says {message!r}")
+    expect(not stage.profile.companions(), "a companion runs without a session")
+    disk.clear()
+    road.sign_in(manager)
+    road.wait_for_companion(manager)
+    own = road.wait_for_volume(manager)
+
+    session = pathlib.Path(stage.profile.session_file).read_bytes()
+    disk.fill()
+    manager.choose_in_menu("showPreferenceWindow")
+    manager.press("btnCheckClearCache")
+    manager.control("alertButton1")
+    expect(any("could not be saved" in text for text in manager.shown_texts()), f"shown: {manager.shown_texts()}")
+    manager.press("alertButton1")
+    expect(not manager.control("btnCheckClearCache").is_checked(), "the box shows a choice that was not kept")
+    expect(volume_cases.fails(pathlib.Path(own, "large.bin").write_bytes, bytes(4 * 1024 * 1024)),
+           "a program was told that its file is saved")
+    road.sign_out(manager)
+    expect(pathlib.Path(stage.profile.session_file).read_bytes() == session, "the session file is damaged")
+
+    for kept in (0, 1):  # whoever sends the signal gets a report, and the program goes on
+        manager.process.send_signal(signal.SIGSEGV)
+        wait_for("the report's end", lambda: f"write SigCrash sucess:{kept}" in stage.manager_log(), 5)
+        reports = [path.name for path in pathlib.Path(disk.folder, "cache").rglob("SigCrash/*")]
+        expect(len(reports) == kept, f"reports: {reports}")
+        if not kept:
+            disk.clear()
+    road.sign_in(manager, DEMO_ACCOUNT, DEMO_PASSWORD)
+    road.wait_for_companion(manager)
 
 
 def desktop_entry(stage):
@@ -208,5 +286,5 @@ def desktop_entry(stage):
     expect(install("--remove") == [], "something is left of the entry")
 
 
-ALL = (two_at_once, companion_stopped, companion_replaced, volume_busy, no_session_bus, nothing_can_be_written,
-       addresses, desktop_entry)
+ALL = (two_at_once, companion_stopped, companion_replaced, no_session_bus, session_bus_lost, nothing_can_be_written,
+       home_full, addresses, desktop_entry)

@@ -12,7 +12,7 @@ from drive.manager import SIGN_IN_WINDOW
 from drive.server import DEMO_ACCOUNT, DEMO_PASSWORD
 from drive.waiting import wait_for
 
-from menu_cases import Opener
+from opener import Opener
 from steps import expect
 from web_page import Page, pages
 

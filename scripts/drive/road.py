@@ -30,8 +30,10 @@ def wait_for_companion(manager, seconds=20):
     reason = obstacle()
     if reason:
         raise Failure(reason)
-    companion = wait_for("the companion process FUSEService", manager.profile.companions, seconds,
-                         while_true=(manager.runs, "the manager ended"))[0]
+    # A process has its new program an instant before its arguments.
+    companion = wait_for("the companion process FUSEService",
+                         lambda: next(filter(processes.arguments, manager.profile.companions()), None), seconds,
+                         while_true=(manager.runs, "the manager ended"))
     if processes.arguments(companion)[1:] != [str(manager.process.pid)]:
         raise Failure(f"the companion was started with {processes.arguments(companion)[1:]}")
     return companion

@@ -19,10 +19,16 @@
 #include <QFile>
 #include <QTimer>
 
+#include <cstdio>
+#include <cstring>
 #include <utility>
 
 int main(int argc, char **argv)
 {
+    if (argc == 2 && std::strcmp(argv[1], "--version") == 0) {
+        std::puts(qPrintable(platform::Bundle::main().shortVersion()));
+        return 0;
+    }
     // The embedded browser paints by itself; without this every start loads the desktop's graphics drivers.
     qputenv("QT_XCB_GL_INTEGRATION", "none");
     UncaughtExceptionHandler::installUncaughtExceptionHandler();
@@ -30,6 +36,7 @@ int main(int argc, char **argv)
     const platform::Bundle &bundle = platform::Bundle::main();
     if (shell::SingleInstance::yieldToOtherCopy(platform::host(), bundle, argc, argv))
         return 0;
+    install::watchTrial(platform::host(), bundle, UpdatePlaces::ofHost().installerProgram());
     const shell::EarlySteps earlySteps = shell::EarlySteps::begin(platform::host(), bundle);
 
     QApplication application(argc, argv);

@@ -58,10 +58,11 @@ int main(int argc, char **argv)
     const auto request = install::updateRequest(arguments);
     if (!request) {
         if (child == 0)
-            platform::log(u"needed: the installed application, the new application, the disk image"_s);
+            platform::log(
+                u"needed: the installed application, the new application, the disk image; or only the first"_s);
         return badArguments;
     }
-    if (child == 0)
+    if (child == 0 && !request->isResumption())
         return install::Installer(*request, surroundings()).run() ? EXIT_SUCCESS : EXIT_FAILURE;
     if (child > 0)
         if (const std::optional<int> status = statusOf(child))

@@ -112,6 +112,8 @@ void DownloadApp::runDownload(StopSignal &stop)
 DownloadFault DownloadApp::prepareTarget(const QString &name)
 {
     using DownloadTarget::Occupant;
+    if (!mayReplaceBundle())
+        return DownloadFault::NotYours;
     if (!DownloadTarget::isFileName(name))
         return DownloadFault::NameRefused;
     if (!FileManagerCreate::createDirectoryIfNotExist(places.downloads))
@@ -156,9 +158,9 @@ void DownloadApp::bytesWritten(qint64 written, qint64 expected, const QString &t
 
 void DownloadApp::install(const QString &target)
 {
-    if (!replaceQuillboxWithDownloadVersion(target)) {
+    if (const DownloadFault fault = handOver(target); fault != DownloadFault::None) {
         ejectQuillboxRelevantMountDisk();
-        fail(downloadFaultText(DownloadFault::NoInstaller, target));
+        fail(downloadFaultText(fault, target));
         return;
     }
     handedOver = true;

@@ -69,6 +69,9 @@ private:
     QString download(const QString &url, const QString &target, StopSignal &stop);
     void bytesWritten(qint64 written, qint64 expected, const QString &target);
     void install(const QString &target);
+    bool mayReplaceBundle() const;
+    DownloadFault handOver(const QString &imagePath);
+    bool hasRoomFor(const QString &application) const;
     void fail(const QString &text);
     QString volumePattern() const;
     QString mountedApplication(const QString &imagePath);

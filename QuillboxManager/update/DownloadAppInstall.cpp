@@ -1,13 +1,17 @@
 // The second half: from the downloaded image to the running helper.
 #include "files/FileManagerCreate.h"
 #include "files/PathUtils.h"
+#include "install/UpdateRequest.h"
 #include "platform/Log.h"
 #include "update/DownloadApp.h"
 
+#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 #include <QRegularExpression>
+#include <QStorageInfo>
 
+#include <algorithm>
 #include <filesystem>
 
 namespace
@@ -31,9 +35,40 @@ void copyFolder(const QString &from, const QString &to)
 
 bool DownloadApp::replaceQuillboxWithDownloadVersion(const QString &imagePath)
 {
+    return handOver(imagePath) == DownloadFault::None;
+}
+
+DownloadFault DownloadApp::handOver(const QString &imagePath)
+{
     ejectQuillboxRelevantMountDisk();
     const QString application = mountedApplication(imagePath);
-    return !PathUtils::exist(places.bundle.bundlePath()) || launchInstaller(application, imagePath);
+    if (!PathUtils::exist(places.bundle.bundlePath()))
+        return DownloadFault::None;
+    if (!hasRoomFor(application))
+        return DownloadFault::NoSpace;
+    return launchInstaller(application, imagePath) ? DownloadFault::None : DownloadFault::NoInstaller;
+}
+
+bool DownloadApp::mayReplaceBundle() const
+{
+    const QString bundle = places.bundle.bundlePath();
+    const QString problem = PathUtils::exist(bundle) ? install::problemWithBundle(bundle) : QString();
+    if (!problem.isNull())
+        platform::log(QStringLiteral("%1 cannot be replaced: %2").arg(bundle, problem));
+    return problem.isNull();
+}
+
+/// The helper builds the new bundle up beside the old one.
+bool DownloadApp::hasRoomFor(const QString &application) const
+{
+    const qint64 available = QStorageInfo(QFileInfo(places.bundle.bundlePath()).path()).bytesAvailable();
+    if (available < 0 || !application.endsWith(QLatin1String(".app"))) // a path without an application leads anywhere
+        return true;
+    qint64 needed = 0;
+    QDirIterator files(application, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+    while (files.hasNext() && needed <= available)
+        needed += std::min(QFileInfo(files.next()).size(), available + 1);
+    return needed <= available;
 }
 
 QString DownloadApp::mountedApplication(const QString &imagePath)
@@ -56,8 +91,7 @@ bool DownloadApp::launchInstaller(const QString &application, const QString &ima
     if (QFileInfo(places.installerCopy).isSymLink() || PathUtils::exist(places.installerCopy))
         remove(places.installerCopy);
     copyFolder(installer, places.installerCopy);
-    return commands.launch(places.installerCopy + QStringLiteral("/Contents/MacOS/appInstall"),
-                           {places.bundle.bundlePath(), application, imagePath});
+    return commands.launch(places.installerProgram(), {places.bundle.bundlePath(), application, imagePath});
 }
 
 void DownloadApp::ejectQuillboxRelevantMountDisk()

@@ -19,6 +19,8 @@ QString keyOf(DownloadFault fault)
         return QStringLiteral("UpdateNameRefused");
     case DownloadFault::TargetTaken:
         return QStringLiteral("UpdateTargetTaken");
+    case DownloadFault::NotYours:
+        return QStringLiteral("UpdateNotYours");
     case DownloadFault::NoSpace:
         return QStringLiteral("UpdateNoSpace");
     case DownloadFault::CannotStore:

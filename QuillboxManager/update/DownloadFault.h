@@ -12,6 +12,7 @@ enum class DownloadFault {
     Incomplete,  ///< empty, or of a length nobody announced, so that nobody could tell its end
     NameRefused, ///< `detail` is no name for a file
     TargetTaken, ///< something other than a file has the name `detail`
+    NotYours,    ///< this user may not replace the application
     NoSpace,     ///< the disk is full, or would be
     CannotStore, ///< the folder or the file in it cannot be made or written
     NoInstaller, ///< the helper could not be started; `detail` is the image

@@ -13,4 +13,5 @@ struct UpdatePlaces {
     platform::Bundle bundle; ///< of the running application
 
     static UpdatePlaces ofHost();
+    QString installerProgram() const { return installerCopy + QStringLiteral("/Contents/MacOS/appInstall"); }
 };

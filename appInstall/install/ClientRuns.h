@@ -10,6 +10,7 @@ namespace install
 
 /// How long the helper waits for the client.
 struct Patience {
+    std::chrono::milliseconds lockIsFree{10'000};  ///< of a client that has just started and looks for leftovers
     std::chrono::milliseconds managerEnds{60'000}; ///< for the old client to end
     std::chrono::milliseconds clientWorks{45'000}; ///< for the new one to say that it works
     std::chrono::milliseconds clientStays{3'000};  ///< what it then has to run on

@@ -16,9 +16,6 @@ namespace install
 namespace
 {
 
-/// A client that has just started looks for leftovers and holds the lock for a moment.
-constexpr std::chrono::seconds lockPatience(10);
-
 QString refused(const QString &path, const QString &problem)
 {
     return u"%1 is refused: %2"_s.arg(path, problem);
@@ -52,7 +49,7 @@ bool Installer::run()
             startWhereNoneRuns();
         return false;
     }
-    const InstallLock lock(surroundings.lockFolder, lockPatience);
+    const InstallLock lock(surroundings.lockFolder, surroundings.patience.lockIsFree);
     if (!lock.isHeld()) {
         platform::log(u"Another update is at work"_s);
         return false;
@@ -96,6 +93,8 @@ QString Installer::takeOver()
     QString problem = problemWithCandidate(swap.staged(), request.bundle);
     if (problem.isNull())
         problem = problemWithCodeResources(swap.staged());
+    if (problem.isNull())
+        problem = problemWithExecutable(swap.staged());
     if (!problem.isNull())
         return refused(request.newApplication, problem);
     surroundings.reached(Step::Compared);
@@ -154,7 +153,7 @@ void Installer::startWhereNoneRuns() const
 
 bool Installer::resume()
 {
-    const InstallLock lock(surroundings.lockFolder, lockPatience);
+    const InstallLock lock(surroundings.lockFolder, surroundings.patience.lockIsFree);
     surroundings.images.detach(request.image);
     if (!lock.isHeld() || !problemWithPath(request.bundle).isNull())
         return false;

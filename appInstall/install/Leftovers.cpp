@@ -6,6 +6,7 @@
 #include "platform/Bundle.h"
 #include "platform/Host.h"
 #include "platform/Log.h"
+#include "platform/Task.h"
 
 #include <QStringList>
 
@@ -59,6 +60,19 @@ void clearLeftovers(const platform::Host &host, const platform::Bundle &bundle, 
     swap.clear();
     if (imagesMayBeAttached(host))
         detachDownloads(host);
+}
+
+void watchTrial(const platform::Host &host, const platform::Bundle &bundle, const QString &helper)
+{
+    if (bundle.bundlePath().isNull() || !BundleSwap(bundle.bundlePath()).isPending())
+        return;
+    {
+        const InstallLock lock(host.folders.caches(), std::chrono::milliseconds(0));
+        if (!lock.isHeld())
+            return;
+    }
+    if (!platform::launchDetached(helper, {bundle.bundlePath()}))
+        platform::log(u"Nobody watches the trial of this version"_s);
 }
 
 } // namespace install

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QString>
+
 #include <chrono>
 
 namespace platform
@@ -17,5 +19,10 @@ namespace install
 /// at the disk and one at the mount table.
 void clearLeftovers(const platform::Host &host, const platform::Bundle &bundle,
                     std::chrono::milliseconds patience = std::chrono::minutes(1));
+
+/// For the client to call as early as it can: when this version is on trial and the installer that should watch it is
+/// gone, starts `helper`, the installer's program, which finishes the update or brings the old version back. Costs one
+/// look at the disk when nothing is on trial.
+void watchTrial(const platform::Host &host, const platform::Bundle &bundle, const QString &helper);
 
 } // namespace install

@@ -2,11 +2,13 @@
 
 #include "install/CodeResources.h"
 #include "platform/Bundle.h"
+#include "platform/Task.h"
 
 #include <QFile>
 #include <QFileInfo>
 #include <QVersionNumber>
 
+#include <chrono>
 #include <sys/stat.h>
 
 using namespace Qt::StringLiterals;
@@ -56,6 +58,14 @@ QString problemWithCandidate(const QString &candidate, const QString &installed)
     if (!QFileInfo(codeResourcesFile(candidate)).isFile())
         return u"its list of code resources is missing"_s;
     return {};
+}
+
+QString problemWithExecutable(const QString &bundle)
+{
+    constexpr std::chrono::seconds patience(20);
+    const bool runs =
+        platform::runTask(platform::Bundle(bundle).executablePath(), {u"--version"_s}, patience).status == 0;
+    return runs ? QString() : u"its executable cannot run here"_s;
 }
 
 } // namespace install

@@ -16,4 +16,8 @@ QString problemWithProduct(const QString &bundle);
 /// resources. Null when it may.
 QString problemWithCandidate(const QString &candidate, const QString &installed);
 
+/// Why the bundle's executable cannot run on this machine, as when a library is missing; null when it tells its
+/// version. Runs it, so only for a bundle that is what its list says. Blocks.
+QString problemWithExecutable(const QString &bundle);
+
 } // namespace install

@@ -17,6 +17,8 @@ namespace install
 
 std::optional<UpdateRequest> updateRequest(const QStringList &arguments)
 {
+    if (arguments.size() == 1)
+        return UpdateRequest{arguments.first(), {}, {}};
     if (arguments.size() != 3)
         return std::nullopt;
     return UpdateRequest{arguments.at(0), arguments.at(1), arguments.at(2)};

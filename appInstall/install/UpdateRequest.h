@@ -8,14 +8,18 @@
 namespace install
 {
 
-/// The three places that the manager names when it starts the helper.
+/// What the manager names when it starts the helper.
 struct UpdateRequest {
     QString bundle;         ///< the installed application, which the manager ran from
     QString newApplication; ///< the application in the attached image
     QString image;          ///< the downloaded disk image
+
+    /// Nothing new is to be installed: only an installation that was interrupted is to come to an end.
+    bool isResumption() const { return newApplication.isNull(); }
 };
 
-/// Nothing unless there are exactly three arguments. They may still be anything.
+/// Three arguments are an installation, one is the bundle where one was interrupted. They may still be anything;
+/// nothing for any other number.
 std::optional<UpdateRequest> updateRequest(const QStringList &arguments);
 
 /// Why the path may not be used, null when it is absolute, short enough and without "." , "..", empty parts or a slash

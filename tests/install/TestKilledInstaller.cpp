@@ -2,12 +2,9 @@
 #include "install/InstallLock.h"
 #include "install/Leftovers.h"
 #include "platform/Bundle.h"
-#include "platform/Host.h"
-#include "platform/Task.h"
+#include "support/Files.h"
+#include "support/Rows.h"
 #include "support/TestMain.h"
-
-#include <QFile>
-#include <QTest>
 
 using namespace install;
 using namespace testing;
@@ -19,45 +16,60 @@ class TestKilledInstaller : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase()
-    {
-        if (!imagesCanBeAttached())
-            QSKIP("this user may not mount images");
-    }
-
     void isTakenUpAgain_data()
     {
-        addColumns();
-        addStep(Step::Copied, "works", "1.0.0");
-        addStep(Step::Exchanged, "works", "1.1.0");
-        // The new version cannot run: the old one comes back.
-        for (const Step step : {Step::Exchanged, Step::Detached, Step::Started, Step::RolledBack})
-            addStep(step, "crashes", "1.0.0");
+        const Rows<int, QByteArray, QString> row("step", "behaviour", "version");
+        row("copied", int(Step::Copied), "works", "1.0.0");
+        row("exchanged", int(Step::Exchanged), "works", "1.1.0");
+        row("exchanged, does not run", int(Step::Exchanged), "crashes", "1.0.0");
+        row("detached, does not run", int(Step::Detached), "crashes", "1.0.0");
+        row("started, does not run", int(Step::Started), "crashes", "1.0.0");
+        row("rolled back", int(Step::RolledBack), "crashes", "1.0.0");
     }
     void isTakenUpAgain()
     {
         InstallScene scene;
-        prepare(scene);
+        kill(scene);
         Installer(scene.request(), scene.surroundings()).resume();
         QTEST(scene.runningVersion(), "version");
-        checkNothingIsLeft(scene);
+        scene.checkTidy();
     }
 
     void nextClientTidiesUp_data()
     {
-        addColumns();
-        addStep(Step::Copied, "works", "1.0.0");
-        addStep(Step::Exchanged, "works", "1.1.0");
-        addStep(Step::RolledBack, "crashes", "1.0.0");
+        const Rows<int, QByteArray, QString> row("step", "behaviour", "version");
+        row("copied", int(Step::Copied), "works", "1.0.0");
+        row("exchanged", int(Step::Exchanged), "works", "1.1.0");
+        row("rolled back", int(Step::RolledBack), "crashes", "1.0.0");
     }
     void nextClientTidiesUp()
     {
         InstallScene scene;
-        prepare(scene);
+        kill(scene);
         QTEST(scene.installedVersion(), "version");
-        clearLeftovers(platform::host(), platform::Bundle(scene.bundle));
+        clearLeftovers(scene.host(), platform::Bundle(scene.bundle));
         QTEST(scene.installedVersion(), "version");
-        checkNothingIsLeft(scene);
+        scene.checkTidy();
+    }
+
+    void nextClientIsWatched()
+    {
+        InstallScene scene;
+        const auto watch = [&](const QString &helper) {
+            QVERIFY(writeFile(helper, "#!/bin/sh\necho \"$@\" >\"$0.asked\"\n", 0755));
+            watchTrial(scene.host(), platform::Bundle(scene.bundle), helper);
+        };
+        watch(scene.path(u"nothing on trial"_s));
+        scene.attachImage();
+        QVERIFY(scene.killedAfter(Step::Exchanged));
+        {
+            const InstallLock lock(scene.host().folders.caches(), std::chrono::milliseconds(0));
+            watch(scene.path(u"installer at work"_s));
+        }
+        const QString helper = scene.path(u"needed"_s);
+        watch(helper);
+        QTRY_COMPARE(contentOf(helper + ".asked"_L1), scene.bundle.toUtf8() + '\n');
+        QCOMPARE(QDir(scene.path({})).entryList({u"*.asked"_s}).size(), 1);
     }
 
     void clientOnlyConfirmsWhileAnInstallerWorks()
@@ -65,12 +77,12 @@ private Q_SLOTS:
         InstallScene scene;
         scene.attachImage();
         QVERIFY(scene.killedAfter(Step::Exchanged));
-        const InstallLock lock(platform::host().folders.caches(), std::chrono::milliseconds(0));
+        const InstallLock lock(scene.host().folders.caches(), std::chrono::milliseconds(0));
         QVERIFY(lock.isHeld());
-        clearLeftovers(platform::host(), platform::Bundle(scene.bundle), std::chrono::milliseconds(100));
+        clearLeftovers(scene.host(), platform::Bundle(scene.bundle), std::chrono::milliseconds(100));
         QVERIFY(!QFile::exists(scene.bundle + "/Contents/update-pending"_L1));
         QCOMPARE(scene.leftBeside().size(), 1);
-        QCOMPARE(scene.attached(), 1);
+        QCOMPARE(scene.attached().size(), 1);
         QVERIFY(!Installer(scene.request(), scene.surroundings()).run()); // gives up when the lock does not come free
         QCOMPARE(scene.leftBeside().size(), 1);
     }
@@ -81,44 +93,23 @@ private Q_SLOTS:
         scene.attachImage();
         const QString own = scene.path(u"own.dmg"_s);
         QVERIFY(QFile::copy(scene.image, own));
-        QCOMPARE(platform::runTask(u"hdiutil"_s, {u"attach"_s, own}).status, 0);
-        clearLeftovers(platform::host(), platform::Bundle(scene.bundle));
-        const QList<AttachedImage> left = scene.surroundings().images.list();
-        QCOMPARE(left.size(), 1);
-        QCOMPARE(left.first().image, own);
+        scene.attach(own);
+        clearLeftovers(scene.host(), platform::Bundle(scene.bundle));
+        QCOMPARE(scene.attached().size(), 1);
+        QCOMPARE(scene.attached().first().image, own);
     }
 
 private:
     using Step = Installer::Step;
 
-    static void addColumns()
-    {
-        QTest::addColumn<int>("step");
-        QTest::addColumn<QByteArray>("behaviour");
-        QTest::addColumn<QString>("version");
-    }
-    /// `version`: the one that is there in the end.
-    static void addStep(Step step, const char *behaviour, const char *version)
-    {
-        QTest::addRow("%s, %s", Installer::nameOf(step), behaviour)
-            << static_cast<int>(step) << QByteArray(behaviour) << QString::fromLatin1(version);
-    }
-    /// Brings the scene to the point where the installer of this row is killed.
-    static void prepare(InstallScene &scene)
+    /// The installer of this row, up to its end.
+    static void kill(InstallScene &scene)
     {
         QFETCH(int, step);
         QFETCH(QByteArray, behaviour);
-        const QString application = scene.content() + "/Quillbox.app"_L1;
-        writeFile(application + "/Contents/behaviour"_L1, behaviour);
-        writeCodeResources(application);
+        scene.setNewBehaviour(behaviour);
         scene.attachImage();
         QVERIFY(scene.killedAfter(static_cast<Step>(step)));
-    }
-    static void checkNothingIsLeft(const InstallScene &scene)
-    {
-        QCOMPARE(scene.leftBeside(), QStringList());
-        QVERIFY(!QFile::exists(scene.bundle + "/Contents/update-pending"_L1));
-        QCOMPARE(scene.attached(), 0);
     }
 };
 

@@ -1,10 +1,8 @@
 #include "InstallScene.h"
 #include "install/BundleCopy.h"
+#include "support/Files.h"
+#include "support/Rows.h"
 #include "support/TestMain.h"
-
-#include <QDir>
-#include <QFile>
-#include <QTest>
 
 using namespace install;
 using namespace testing;
@@ -15,34 +13,24 @@ class TestNewBundles : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void needsThreeArguments()
+    void countsArguments()
     {
-        QVERIFY(updateRequest({u"a"_s, u"b"_s, u"c"_s}));
-        QVERIFY(!updateRequest({}));
-        QVERIFY(!updateRequest({u"a"_s, u"b"_s}));
-        QVERIFY(!updateRequest({u"a"_s, u"b"_s, u"c"_s, u"d"_s}));
+        const QStringList arguments{u"a"_s, u"b"_s, u"c"_s, u"d"_s};
+        for (const int few : {0, 2, 4})
+            QVERIFY(!updateRequest(arguments.first(few)));
+        QVERIFY(!updateRequest(arguments.first(3))->isResumption());
+        QVERIFY(updateRequest(arguments.first(1))->isResumption());
     }
 
-    void paths_data()
+    void judgesPaths()
     {
-        QTest::addColumn<QString>("path");
-        QTest::addColumn<bool>("usable");
-        const auto row = [](const QString &path, bool usable) {
-            QTest::newRow(qPrintable(path.left(40).toHtmlEscaped())) << path << usable;
-        };
-        row(u"/a b/\"c\"; $(d)/中.app"_s, true);
-        for (const char *path : {"", "/", "a.app", "./a", "/a/../b", "/a/./b", "/a//b", "/a/", "/..", "~/a"})
-            row(QString::fromUtf8(path), false);
-        row(u"/a\0b"_s, false);
-        row(u'/' + QString(5000, u'x'), false);
-    }
-    void paths()
-    {
-        QFETCH(QString, path);
-        QTEST(problemWithPath(path).isNull(), "usable");
+        QVERIFY(problemWithPath(u"/a b/\"c\"; $(d)/中.app"_s).isNull());
+        for (const QString &path : {u""_s, u"/"_s, u"a.app"_s, u"./a"_s, u"/a/../b"_s, u"/a/./b"_s, u"/a//b"_s,
+                                    u"/a/"_s, u"/.."_s, u"~/a"_s, u"/a\0b"_s, u'/' + QString(5000, u'x')})
+            QVERIFY2(!problemWithPath(path).isNull(), qPrintable(path));
     }
 
-    void bundles()
+    void judgesBundles()
     {
         const QTemporaryDir folder;
         const QString good = folder.filePath(u"Quillbox.app"_s);
@@ -57,11 +45,11 @@ private Q_SLOTS:
             QVERIFY2(!problemWithBundle(bad).isNull(), qPrintable(bad));
     }
 
-    void images()
+    void judgesImages()
     {
         const QTemporaryDir folder;
         const QString image = folder.filePath(u"a 'b'.dmg"_s);
-        writeFile(image, "");
+        QVERIFY(writeFile(image, ""));
         QVERIFY(problemWithImage(image).isNull());
         const QString link = folder.filePath(u"link"_s);
         QVERIFY(QFile::link(image, link));
@@ -69,14 +57,9 @@ private Q_SLOTS:
             QVERIFY2(!problemWithImage(bad).isNull(), qPrintable(bad));
     }
 
-    void links_data()
+    void judgesLinks_data()
     {
-        QTest::addColumn<QString>("target");
-        QTest::addColumn<int>("depth");
-        QTest::addColumn<bool>("inside");
-        const auto row = [](const char *target, int depth, bool inside) {
-            QTest::addRow("%s at %d", target, depth) << QString::fromLatin1(target) << depth << inside;
-        };
+        const Rows<QString, int, bool> row("target", "depth", "inside");
         row("a/b", 0, true);
         row("../a", 1, true);
         row("../../a", 2, true);
@@ -89,7 +72,7 @@ private Q_SLOTS:
         row("/etc", 9, false);
         row("", 3, false);
     }
-    void links()
+    void judgesLinks()
     {
         QFETCH(QString, target);
         QFETCH(int, depth);
@@ -100,19 +83,13 @@ private Q_SLOTS:
     {
         const QTemporaryDir folder;
         const QString from = folder.filePath(u"from"_s);
-        writeFile(from + "/run"_L1, "x", 04777);
-        writeFile(from + "/read"_L1, "y", 0400);
         const QString to = folder.filePath(u"to"_s);
+        QVERIFY(writeFile(from + "/run"_L1, "x", 04777) && writeFile(from + "/read"_L1, "y", 0400));
         QVERIFY(copyBundle(from, to).isNull());
-        QCOMPARE(QFileInfo(to + "/run"_L1).permissions() & QFile::Permissions(0x777),
-                 QFile::Permissions(QFile::ReadUser | QFile::WriteUser | QFile::ExeUser | QFile::ReadGroup |
-                                    QFile::ExeGroup | QFile::ReadOther | QFile::ExeOther));
-        QVERIFY(QFileInfo(to + "/read"_L1).isWritable());
+        QCOMPARE(modeOf(to + "/run"_L1), 0755U);
+        QCOMPARE(modeOf(to + "/read"_L1), 0600U);
         QVERIFY(!copyBundle(from, to).isNull()); // never over something
-        QString deep = from;
-        for (int level = 0; level < 70; ++level)
-            deep += "/d"_L1;
-        QVERIFY(QDir().mkpath(deep));
+        QVERIFY(QDir().mkpath(from + u"/d"_s.repeated(70)));
         QVERIFY(!copyBundle(from, folder.filePath(u"deep"_s)).isNull());
     }
 

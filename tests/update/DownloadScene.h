@@ -1,10 +1,10 @@
 #pragma once
 
 #include "api/ApiClient.h"
+#include "platform/PropertyList.h"
+#include "support/Files.h"
 #include "update/DownloadApp.h"
 
-#include <QDir>
-#include <QFileInfo>
 #include <QTest>
 
 #include <condition_variable>
@@ -15,8 +15,11 @@
 struct DownloadScene : UpdateDownloadProgressDelegate, DownloadProgressWindowAndServerSettingWindowDelegate {
     DownloadScene()
     {
-        QDir().mkpath(path("Quillbox.app/Contents/Resources/appInstall.app/Contents/MacOS"));
-        write(path("Quillbox.app/Contents/Resources/appInstall.app/Contents/MacOS/appInstall"), "helper");
+        const QVariantMap product{{QStringLiteral("CFBundleIdentifier"), QStringLiteral("com.velto.quillbox")},
+                                  {QStringLiteral("CFBundleExecutable"), QStringLiteral("Quillbox")}};
+        write("Quillbox.app/Contents/Info.plist", platform::PropertyList::serialize(product));
+        write("Quillbox.app/Contents/MacOS/Quillbox", "client", 0755);
+        write("Quillbox.app/Contents/Resources/appInstall.app/Contents/MacOS/appInstall", "helper");
     }
     ~DownloadScene() override { installer.reset(); }
 
@@ -27,11 +30,9 @@ struct DownloadScene : UpdateDownloadProgressDelegate, DownloadProgressWindowAnd
     {
         return QDir(downloads()).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
     }
-    static void write(const QString &file, const QByteArray &content)
+    void write(const char *name, const QByteArray &content, mode_t mode = 0644) const
     {
-        QDir().mkpath(QFileInfo(file).path());
-        QFile out(file);
-        if (!out.open(QIODevice::WriteOnly) || out.write(content) < 0)
+        if (!testing::writeFile(path(name), content, mode))
             qFatal("cannot write");
     }
 
@@ -55,6 +56,13 @@ struct DownloadScene : UpdateDownloadProgressDelegate, DownloadProgressWindowAnd
         return *installer;
     }
 
+    /// The whole way with an image that the server has under this name; false when no end was told.
+    bool download(const QString &name = QStringLiteral("q.dmg"), const QString &url = {})
+    {
+        offer(QStringLiteral("https://files.example/") + name, url.isNull() ? files.url() : url);
+        app().downloadVersion();
+        return waitForEnd();
+    }
     /// Blocks until the end was told: "complete", or the text of the error.
     bool waitForEnd()
     {
@@ -79,6 +87,7 @@ struct DownloadScene : UpdateDownloadProgressDelegate, DownloadProgressWindowAnd
 
     QTemporaryDir folder;
     testing::ScriptedServer api;
+    testing::ScriptedServer files; ///< that the addresses of images lead to
     ApiClient client{api};
     QByteArray info;     ///< printed by "hdiutil info"
     QByteArray attached; ///< printed by "hdiutil attach"

@@ -16,6 +16,32 @@
 namespace testing
 {
 
+/// The number that the work throws, 0 when it throws none.
+template <typename Work> int errnoOf(Work work)
+{
+    try {
+        work();
+        return 0;
+    } catch (const volume::Errno &failure) {
+        return failure.code;
+    }
+}
+
+inline volume::Document file(const QString &name, const QString &rev = QStringLiteral("1"), qint64 size = 0)
+{
+    return {.id = QStringLiteral("qb://1/") + name, .name = name, .rev = rev, .size = size};
+}
+
+inline volume::Document folder(const QString &id)
+{
+    return {.kind = volume::Document::Kind::Folder, .id = id};
+}
+
+inline volume::Document entry(const QString &name, int category, const QString &id = QStringLiteral("qb://9"))
+{
+    return {.kind = volume::Document::Kind::Entry, .id = id, .name = name, .category = category};
+}
+
 /// Documents in memory, with the server's rules as far as the volume relies on them. Any thread.
 class MemoryDocuments : public volume::DocumentStore
 {
@@ -29,18 +55,12 @@ public:
 
     QList<volume::Document> entries() override
     {
-        note(QStringLiteral("entries"));
-        volume::Document own;
-        own.kind = volume::Document::Kind::Entry;
-        own.id = QStringLiteral("qb://1");
-        own.name = QStringLiteral("Ann");
-        own.category = 1;
-        return {own};
+        const auto guard = called(QStringLiteral("entries"));
+        return {entry(QStringLiteral("Ann"), 1, QStringLiteral("qb://1"))};
     }
     QList<volume::Document> list(const QString &folderId) override
     {
-        note(QStringLiteral("list"));
-        const std::lock_guard lock(mutex);
+        const auto guard = called(QStringLiteral("list"));
         QList<volume::Document> found;
         for (const auto &[id, item] : items)
             if (item.folder == folderId)
@@ -49,45 +69,39 @@ public:
     }
     void read(const volume::Document &document, qint64 offset, qint64 length, ByteSink &into) override
     {
-        note(QStringLiteral("read"));
-        const std::lock_guard lock(mutex);
+        const auto guard = called(QStringLiteral("read"));
         const QByteArray part = revisions.value(document.id + document.rev).mid(offset, length);
         into.write(part.constData(), part.size());
     }
     volume::Document createFile(const QString &folderId, const QString &name, ByteSource &contents,
                                 qint64 modified) override
     {
-        note(QStringLiteral("create ") + name);
-        const std::lock_guard lock(mutex);
+        const auto guard = called(QStringLiteral("create ") + name);
         if (Item *const existing = named(folderId, name))
             return store(*existing, contents, modified);
         return store(add(folderId, name, volume::Document::Kind::File), contents, modified);
     }
     volume::Document replaceContents(const QString &id, ByteSource &contents, qint64 modified) override
     {
-        note(QStringLiteral("replace"));
-        const std::lock_guard lock(mutex);
+        const auto guard = called(QStringLiteral("replace"));
         return store(item(id), contents, modified);
     }
     volume::Document createFolder(const QString &folderId, const QString &name) override
     {
-        note(QStringLiteral("folder ") + name);
-        const std::lock_guard lock(mutex);
+        const auto guard = called(QStringLiteral("folder ") + name);
         if (named(folderId, name))
             throw volume::Errno{EEXIST};
         return add(folderId, name, volume::Document::Kind::Folder).document;
     }
     void remove(const volume::Document &document) override
     {
-        note(QStringLiteral("remove ") + document.name);
-        const std::lock_guard lock(mutex);
+        const auto guard = called(QStringLiteral("remove ") + document.name);
         item(document.id);
         items.erase(document.id);
     }
     void rename(const volume::Document &document, const QString &name) override
     {
-        note(QStringLiteral("rename ") + name);
-        const std::lock_guard lock(mutex);
+        const auto guard = called(QStringLiteral("rename ") + name);
         Item &renamed = item(document.id);
         if (named(renamed.folder, name))
             throw volume::Errno{EEXIST};
@@ -95,8 +109,7 @@ public:
     }
     QString move(const volume::Document &document, const QString &folderId) override
     {
-        note(QStringLiteral("move"));
-        const std::lock_guard lock(mutex);
+        const auto guard = called(QStringLiteral("move"));
         Item &moved = item(document.id);
         if (named(folderId, moved.document.name))
             throw volume::Errno{EEXIST};
@@ -105,14 +118,12 @@ public:
     }
     void lock(const QString &id) override
     {
-        note(QStringLiteral("lock"));
-        const std::lock_guard lock(mutex);
+        const auto guard = called(QStringLiteral("lock"));
         item(id).locked = true;
     }
     void unlock(const QString &id) override
     {
-        note(QStringLiteral("unlock"));
-        const std::lock_guard lock(mutex);
+        const auto guard = called(QStringLiteral("unlock"));
         item(id).locked = false;
     }
     volume::Space space() override { return {1 << 20, 1 << 10}; }
@@ -165,15 +176,17 @@ public:
     }
 
 private:
-    void note(const QString &call)
+    /// Of one call from now on; throws when it is to fail.
+    std::unique_lock<std::mutex> called(const QString &call)
     {
-        const std::lock_guard lock(mutex);
+        std::unique_lock guard(mutex);
         const QString kind = call.section(u' ', 0, 0);
         ++counts[kind];
         if (const int number = failures.value(kind); number != 0)
             throw volume::Errno{number};
         if (kind != QLatin1String("read") && kind != QLatin1String("list") && kind != QLatin1String("entries"))
             changes.append(call);
+        return guard;
     }
     Item &item(const QString &id)
     {

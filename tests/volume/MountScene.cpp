@@ -2,8 +2,10 @@
 
 #include "api/MXRRSA.h"
 #include "files/QBPathIndicator.h"
+#include "platform/AtomicFile.h"
 #include "platform/Host.h"
 #include "platform/UserDefaults.h"
+#include "support/Files.h"
 
 #include <QDir>
 #include <QFile>
@@ -13,6 +15,7 @@
 #include <QTest>
 
 #include <random>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -39,7 +42,7 @@ public:
         contents.append(bytes, static_cast<qsizetype>(count));
         return true;
     }
-    QByteArray contents;
+    QByteArray contents = "";
 };
 
 QString sessionFile()
@@ -89,11 +92,7 @@ bool ServerScene::launch(int wantedPort)
 
 bool ServerScene::start()
 {
-    QFile scenario(folder.filePath(u"scenario.json"_s));
-    if (!scenario.open(QIODevice::WriteOnly) || scenario.write("{}") != 2)
-        return false;
-    scenario.close();
-    return launch(0) && signIn();
+    return writeFile(folder.filePath(u"scenario.json"_s), "{}") && launch(0) && signIn();
 }
 
 bool ServerScene::signIn()
@@ -126,20 +125,13 @@ bool ServerScene::setScenario(const QJsonObject &scenario)
     const QString version = QString::number(1000 + ++marker);
     QJsonObject complete = scenario;
     complete.insert(u"internal_link_prefix"_s, version);
-    QFile file(folder.filePath(u"scenario.new"_s));
-    if (!file.open(QIODevice::WriteOnly))
-        return false;
-    file.write(QJsonDocument(complete).toJson());
-    file.close();
-    QFile::remove(folder.filePath(u"scenario.json"_s));
-    if (!file.rename(folder.filePath(u"scenario.json"_s)))
-        return false;
-    return QTest::qWaitFor(
-        [&] {
-            const ServerReply reply = networking->getServerConfig();
-            return reply && reply->value(u"internal_link_prefix"_s) == version;
-        },
-        patience);
+    return platform::writeAtomically(folder.filePath(u"scenario.json"_s), QJsonDocument(complete).toJson()) &&
+           QTest::qWaitFor(
+               [&] {
+                   const ServerReply reply = networking->getServerConfig();
+                   return reply && reply->value(u"internal_link_prefix"_s) == version;
+               },
+               patience);
 }
 
 QString ServerScene::ownEntry()
@@ -148,16 +140,24 @@ QString ServerScene::ownEntry()
     return reply ? reply->value(u"docinfos"_s).toArray().first().toObject().value(u"docid"_s).toString() : QString();
 }
 
+QList<QJsonObject> ServerScene::records(const QString &folderId)
+{
+    const ServerReply listing = networking->requestDirectoryListWithDocID(folderId, false, nullptr);
+    QList<QJsonObject> found;
+    for (const QString &kind : {u"dirs"_s, u"files"_s})
+        for (const QJsonValue &record : listing ? listing->value(kind).toArray() : QJsonArray())
+            found.append(record.toObject());
+    return found;
+}
+
 QString ServerScene::idOf(const QString &path)
 {
     QString id = ownEntry();
-    for (const QString &name : path.split(u'/')) {
-        const ServerReply listing = networking->requestDirectoryListWithDocID(id, false, nullptr);
-        id = QString();
-        for (const QString &kind : {u"dirs"_s, u"files"_s})
-            for (const QJsonValue &record : listing ? listing->value(kind).toArray() : QJsonArray())
-                if (record.toObject().value(u"name"_s) == name)
-                    id = record.toObject().value(u"docid"_s).toString();
+    for (const QString &name : path.split(u'/', Qt::SkipEmptyParts)) {
+        const QString parent = std::exchange(id, QString());
+        for (const QJsonObject &record : records(parent))
+            if (record.value(u"name"_s) == name)
+                id = record.value(u"docid"_s).toString();
         if (id.isNull())
             return {};
     }
@@ -166,25 +166,18 @@ QString ServerScene::idOf(const QString &path)
 
 QStringList ServerScene::names(const QString &path)
 {
-    const QString id = path.isNull() ? ownEntry() : idOf(path);
-    const ServerReply listing = networking->requestDirectoryListWithDocID(id, false, nullptr);
     QStringList found;
-    for (const QString &kind : {u"dirs"_s, u"files"_s})
-        for (const QJsonValue &record : listing ? listing->value(kind).toArray() : QJsonArray())
-            found.append(record.toObject().value(u"name"_s).toString());
+    for (const QJsonObject &record : records(idOf(path)))
+        found.append(record.value(u"name"_s).toString());
     found.sort();
     return found;
 }
 
 QByteArray ServerScene::contents(const QString &path)
 {
-    const QString id = idOf(path);
-    if (id.isNull())
-        return {};
     MemorySink sink;
-    sink.contents = "";
     QBError error;
-    DocumentTransfer(*networking).downloadFile(id, sink, &error);
+    DocumentTransfer(*networking).downloadFile(idOf(path), sink, &error);
     return error ? QByteArray() : sink.contents;
 }
 
@@ -197,10 +190,8 @@ bool ServerScene::isLocked(const QString &path)
 bool ServerScene::upload(const QString &path, const QByteArray &bytes)
 {
     MemorySource source(bytes);
-    const qsizetype slash = path.lastIndexOf(u'/');
-    const QString parent = slash < 0 ? ownEntry() : idOf(path.left(slash));
     QBError error;
-    DocumentTransfer(*networking).createFile(parent, path.mid(slash + 1), source, &error);
+    DocumentTransfer(*networking).createFile(idOf(path.section(u'/', 0, -2)), path.section(u'/', -1), source, &error);
     return !error;
 }
 

@@ -39,7 +39,7 @@ public:
     QBNetworking &client() { return *networking; }
     /// Entry document of the demo user's own documents.
     QString ownEntry();
-    /// Id of a path below the user's own documents, null when there is nothing.
+    /// Id of a path below the user's own documents (they themselves: null), null when there is nothing.
     QString idOf(const QString &path);
     /// Of all in a folder below the user's own documents (they themselves: null), sorted.
     QStringList names(const QString &path);
@@ -52,6 +52,8 @@ public:
 
 private:
     bool launch(int port);
+    /// Of all in a folder.
+    QList<QJsonObject> records(const QString &folderId);
 
     QTemporaryDir folder;
     QProcess process;

@@ -12,7 +12,7 @@ namespace platform
 
 namespace
 {
-constexpr int DesktopsOwnTime = -1;
+constexpr int desktopsOwnTime = -1;
 
 /// The service may read markup in the text.
 QString asPlainText(QString text)
@@ -28,7 +28,7 @@ void LinuxUserNotifications::schedule(const QString &title, const QString &infor
                                                        service, QStringLiteral("Notify"));
     const QVariantMap hints{{QStringLiteral("desktop-entry"), QStringLiteral("com.velto.quillbox")}};
     call << QStringLiteral("Quillbox") << 0U << QStringLiteral("com.velto.quillbox") << title
-         << asPlainText(informativeText) << QStringList() << hints << DesktopsOwnTime;
+         << asPlainText(informativeText) << QStringList() << hints << desktopsOwnTime;
     auto *watcher = new QDBusPendingCallWatcher(bus.connection().asyncCall(call), &bus);
     QObject::connect(watcher, &QDBusPendingCallWatcher::finished, &bus, [watcher, title, informativeText] {
         watcher->deleteLater();

@@ -142,11 +142,12 @@ def goes_through_the_settings(stage, manager):
     manager.press("btnGeneral")
     manager.press("btnCheckClearCache")
     wait_for("the choice to be kept", lambda: clears_cache(stage.profile), 5)
-    for open_window in (lambda: manager.choose_in_menu("changePassword"), lambda: manager.press("btnChangePassword")):
-        if not manager.find("btnChangePassword"):
-            manager.press("btnAccount")
-        open_window()
-        manager.control("comfirmPassword")
+    manager.press("btnAccount")
+    manager.press("btnChangePassword")
+    manager.press("cancelButton")
+    manager.gone("comfirmPassword")
+    manager.choose_in_menu("changePassword")
+    manager.control("comfirmPassword")
 
 
 def clears_cache(profile):

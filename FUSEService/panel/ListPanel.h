@@ -22,7 +22,7 @@ public:
     void setRoot(const QString &folder) { root = folder; }
     /// The chosen line stays chosen.
     void setItems(const QList<PanelItem> &items);
-    /// Below the list; null hides it.
+    /// A line below the list, or in the middle of an empty one; null hides it.
     void setStatus(const QString &text);
 
 protected:
@@ -30,7 +30,9 @@ protected:
     void keyPressEvent(QKeyEvent *event) override;
 
 private:
+    void makeList(const QString &title);
     void showStates(bool wanted);
+    void showMessage();
     QTreeWidgetItem *lineFor(const PanelItem &item) const;
     void openChosen(const QTreeWidgetItem *line) const;
 
@@ -39,5 +41,7 @@ private:
     QList<PanelItem> shown;
     QVBoxLayout *contents = nullptr;
     QTreeWidget *list = nullptr;
+    QLabel *hint = nullptr;
     QLabel *status = nullptr;
+    QString message;
 };

@@ -1,3 +1,4 @@
+#include "files/QBPathIndicator.h"
 #include "panel/FileCopies.h"
 #include "panel/ListPanel.h"
 #include "panel/SearchPanel.h"
@@ -70,6 +71,7 @@ std::unique_ptr<ListPanel> uploadPanel(const QString &folder)
     if (files.isEmpty())
         return nullptr;
     auto panel = std::make_unique<ListPanel>(text(u"文件直传"_s), openFolder);
+    panel->setRoot(QBPathIndicator::pathForQuillboxVolume());
     auto *copies = new FileCopies(panel.get());
     QObject::connect(copies, &FileCopies::changed, panel.get(), [panel = panel.get(), copies] {
         panel->setItems(copies->items());

@@ -3,6 +3,8 @@
 #include "platform/HostProcess.h"
 #include "platform/Log.h"
 
+#include <QCoreApplication>
+#include <QLibraryInfo>
 #include <QMutex>
 #include <QTranslator>
 
@@ -52,6 +54,21 @@ QString tableFor(const QString &language)
     return QStringLiteral("zh-Hans");
 }
 
+/// What the toolkit itself says, in the menus of fields and in its file dialog; it is written in English.
+void loadTextsOfToolkit(const QString &language)
+{
+    static std::unique_ptr<QTranslator> texts;
+    texts.reset();
+    const QString name = language == QLatin1String("zh-Hans")   ? QStringLiteral("qtbase_zh_CN")
+                         : language == QLatin1String("zh-Hant") ? QStringLiteral("qtbase_zh_TW")
+                                                                : QString();
+    if (name.isNull() || !QCoreApplication::instance())
+        return;
+    texts = std::make_unique<QTranslator>();
+    if (texts->load(name, QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+        QCoreApplication::installTranslator(texts.get());
+}
+
 } // namespace
 
 QString localizedString(const QString &key, const QString &table)
@@ -95,6 +112,7 @@ QString loadLocalization(const QString &translationsFolder, const QStringList &l
             log(QStringLiteral("No texts for %1 in %2").arg(candidate, translationsFolder));
             continue;
         }
+        loadTextsOfToolkit(candidate);
         QMutexLocker lock(&mutex);
         currentTables() = tables;
         return candidate;

@@ -37,7 +37,19 @@ void MenuRowView::follow()
 QSize MenuRowView::sizeHint() const
 {
     const MenuTitle &title = item.QBTitle();
-    return {QFontMetrics(title.font).horizontalAdvance(title.text) + LeadingRoom + TrailingRoom, Height};
+    return {QFontMetrics(title.font).horizontalAdvance(title.text) + LeadingRoom + indent + TrailingRoom, Height};
+}
+
+void MenuRowView::setUnfolded(bool isUnfolded)
+{
+    unfolded = isUnfolded;
+    update();
+}
+
+void MenuRowView::setIndent(int points)
+{
+    indent = points;
+    updateGeometry();
 }
 
 QMenu *MenuRowView::surroundingMenu() const
@@ -93,7 +105,7 @@ void MenuRowView::drawTitle(QPainter &painter) const
     const MenuTitle &title = item.titleFor(item.look());
     painter.setFont(title.font);
     painter.setPen(title.color);
-    const QRect room = rect().adjusted(LeadingRoom, 0, -TrailingRoom, 0);
+    const QRect room = rect().adjusted(LeadingRoom + indent, 0, -TrailingRoom, 0);
     painter.drawText(room, Qt::AlignLeft | Qt::AlignVCenter, title.text);
 }
 

@@ -19,6 +19,11 @@ public:
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return sizeHint(); }
 
+    /// The submenu is shown below the entry.
+    void setUnfolded(bool isUnfolded);
+    /// Moves the title to the right, as in a submenu that is shown below its entry.
+    void setIndent(int points);
+
     void mouseEntered();
     void mouseExited();
     /// The entry was chosen: the menu closes, then the entry acts. One with a submenu opens it instead.
@@ -47,10 +52,13 @@ protected:
     static constexpr int TrailingRoom = 30;
 
     MenuRow &item;
+    bool unfolded = false;
 
 private:
     QMenu *surroundingMenu() const;
     void endTracking();
     void follow();
     void followMenu(const QAction *active);
+
+    int indent = 0;
 };

@@ -78,8 +78,11 @@ void MenuWindow::addSubmenu(const QMenu &submenu, QWidget *column, MenuRowView *
     column->layout()->addWidget(below);
     for (QAction *action : submenu.actions())
         addRow(action, below);
-    connect(owner, &MenuRowView::submenuWanted, below, [this, below] {
+    for (MenuRowView *row : below->findChildren<MenuRowView *>())
+        row->setIndent(2 * StyleKit::Grid);
+    connect(owner, &MenuRowView::submenuWanted, below, [this, below, owner] {
         below->setVisible(!below->isVisible());
+        owner->setUnfolded(below->isVisible());
         adjustSize();
     });
 }

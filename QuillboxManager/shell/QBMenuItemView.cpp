@@ -19,6 +19,11 @@ void QBMenuItemView::drawRect(QPainter &painter)
     const int top = (height() - PictureSide) / 2;
     menuItem.imageFor(look).paint(&painter, PictureLeft, top, PictureSide, PictureSide);
     drawTitle(painter);
-    if (menuItem.menu())
-        menuItem.arrowFor(look).paint(&painter, width() - ArrowRoom, top, PictureSide, PictureSide);
+    if (!menuItem.menu())
+        return;
+    const QPoint middle(PictureSide / 2, PictureSide / 2);
+    painter.translate(QPoint(width() - ArrowRoom, top) + middle);
+    if (unfolded)
+        painter.rotate(90);
+    menuItem.arrowFor(look).paint(&painter, QRect(-middle, QSize(PictureSide, PictureSide)));
 }

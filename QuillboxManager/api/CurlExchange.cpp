@@ -5,13 +5,10 @@
 namespace
 {
 
-constexpr long mostRedirects = 10;
 constexpr long mostConnections = 4; // kept open per handle
-constexpr long connectionLifeSeconds = 60;
 constexpr qint64 mostHeaderBytes = 256 * 1024;
 constexpr std::chrono::milliseconds longestPoll{60'000};
-constexpr long transferBuffer = 256 * 1024; // bytes, of uploads and of replies that go to a sink
-constexpr qint64 leastProgress = 1024;      // bytes per stall time-out
+constexpr qint64 leastProgress = 1024; // bytes per stall time-out
 
 using Clock = std::chrono::steady_clock;
 
@@ -43,152 +40,34 @@ private:
     qint64 movedBefore = 0;
 };
 
-/// Remembers what is to be set; true when it was set to something else, or not at all.
-template <class Value> bool changes(std::optional<Value> &current, const Value &wanted)
-{
-    if (current == wanted)
-        return false;
-    current = wanted;
-    return true;
-}
-
 } // namespace
 
 CurlExchange::CurlExchange(const CurlLibrary &library, CURLSH *cookies)
     : curl(library), easy(curl.easyInit()), multi(curl.multiInit())
 {
-    if (isUsable())
-        setPermanentOptions(cookies);
+    if (!isUsable())
+        return;
+    options.emplace(curl, easy, cookies);
+    setCallbacks();
+    curl.multiSetopt(multi, CURLMOPT_MAXCONNECTS, mostConnections);
 }
 
 CurlExchange::~CurlExchange()
 {
     curl.easyCleanup(easy);
     curl.multiCleanup(multi);
-    curl.listFreeAll(headerList);
 }
 
-void CurlExchange::setPermanentOptions(CURLSH *cookies)
+void CurlExchange::setCallbacks()
 {
-    curl.easySetopt(easy, CURLOPT_SHARE, cookies);
-    curl.easySetopt(easy, CURLOPT_COOKIEFILE, "");
-    curl.easySetopt(easy, CURLOPT_NOSIGNAL, 1L);
-    curl.easySetopt(easy, CURLOPT_QUICK_EXIT, 1L); // a stuck name lookup must not outlast the time-out
-    curl.easySetopt(easy, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
-    curl.easySetopt(easy, CURLOPT_FOLLOWLOCATION, 1L);
-    curl.easySetopt(easy, CURLOPT_MAXREDIRS, mostRedirects);
-    curl.easySetopt(easy, CURLOPT_POSTREDIR, static_cast<long>(CURL_REDIR_POST_ALL));
-    curl.easySetopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
-    curl.easySetopt(easy, CURLOPT_MAXAGE_CONN, connectionLifeSeconds);
-    curl.easySetopt(easy, CURLOPT_NOPROXY, ""); // the desktop's settings have decided already
     curl.easySetopt(easy, CURLOPT_READFUNCTION, &CurlExchange::giveBody);
     curl.easySetopt(easy, CURLOPT_READDATA, this);
     curl.easySetopt(easy, CURLOPT_SEEKFUNCTION, &CurlExchange::seekBody);
     curl.easySetopt(easy, CURLOPT_SEEKDATA, this);
-    curl.easySetopt(easy, CURLOPT_UPLOAD_BUFFERSIZE, transferBuffer);
     curl.easySetopt(easy, CURLOPT_WRITEFUNCTION, &CurlExchange::takeBody);
     curl.easySetopt(easy, CURLOPT_WRITEDATA, this);
     curl.easySetopt(easy, CURLOPT_HEADERFUNCTION, &CurlExchange::takeHeader);
     curl.easySetopt(easy, CURLOPT_HEADERDATA, this);
-    curl.multiSetopt(multi, CURLMOPT_MAXCONNECTS, mostConnections);
-}
-
-void CurlExchange::setOptions(const HttpRequest &request, const QByteArray &url, const ProxyChoice &proxy)
-{
-    setUrl(url);
-    setLimits(request);
-    setProxy(proxy);
-    setHeaders(request.headers);
-    setMethod(request.method);
-    if (request.method == "POST")
-        setBody(request);
-    setTrust(request.acceptAnyCertificate);
-}
-
-void CurlExchange::setUrl(const QByteArray &url)
-{
-    if (url == settings.url)
-        return;
-    settings.url = url;
-    curl.easySetopt(easy, CURLOPT_URL, url.constData());
-    const bool secure = url.startsWith("https:");
-    if (changes(settings.secureOnly, secure))
-        curl.easySetopt(easy, CURLOPT_REDIR_PROTOCOLS_STR, secure ? "https" : "http,https");
-}
-
-void CurlExchange::setLimits(const HttpRequest &request)
-{
-    // Zero means "no limit" to the library.
-    const bool watched = request.stallTimeout.count() > 0;
-    const auto limit = watched ? 0L : static_cast<long>(std::max<qint64>(1, request.timeout.count()));
-    const auto largest = request.sink ? curl_off_t(0) : static_cast<curl_off_t>(request.replyLimit);
-    if (changes(settings.timeout, limit))
-        curl.easySetopt(easy, CURLOPT_TIMEOUT_MS, limit);
-    if (changes(settings.largest, largest))
-        curl.easySetopt(easy, CURLOPT_MAXFILESIZE_LARGE, largest);
-    const long buffer = request.sink ? transferBuffer : CURL_MAX_WRITE_SIZE;
-    if (changes(settings.receiveBuffer, buffer))
-        curl.easySetopt(easy, CURLOPT_BUFFERSIZE, buffer);
-    if (changes(settings.freshConnection, request.freshConnection))
-        curl.easySetopt(easy, CURLOPT_FRESH_CONNECT, request.freshConnection ? 1L : 0L);
-}
-
-void CurlExchange::setProxy(const ProxyChoice &proxy)
-{
-    if (!changes(settings.proxy, proxy))
-        return;
-    const auto text = [](const QByteArray &value) { return value.isEmpty() ? nullptr : value.constData(); };
-    curl.easySetopt(easy, CURLOPT_PROXY, proxy.url.constData()); // empty: none, not even the environment's
-    curl.easySetopt(easy, CURLOPT_PROXYUSERNAME, text(proxy.user));
-    curl.easySetopt(easy, CURLOPT_PROXYPASSWORD, text(proxy.password));
-}
-
-void CurlExchange::setHeaders(const QList<Header> &headers)
-{
-    if (!changes(settings.headers, headers))
-        return;
-    // An empty "Expect:" keeps the library from waiting for a "100 Continue" that many servers never send.
-    curl_slist *list = curl.listAppend(nullptr, "Expect:");
-    for (const auto &[name, value] : headers)
-        if (curl_slist *longer = curl.listAppend(list, (name + ": " + value).constData()))
-            list = longer;
-    curl.easySetopt(easy, CURLOPT_HTTPHEADER, list);
-    curl.listFreeAll(headerList);
-    headerList = list;
-}
-
-void CurlExchange::setMethod(const QByteArray &method)
-{
-    if (!changes(settings.method, method))
-        return;
-    // The order counts: each of the first three takes back what the others left.
-    const bool post = method == "POST";
-    const bool head = method == "HEAD";
-    curl.easySetopt(easy, CURLOPT_NOBODY, head ? 1L : 0L);
-    if (!head)
-        curl.easySetopt(easy, post ? CURLOPT_POST : CURLOPT_HTTPGET, 1L);
-    const bool known = post || head || method == "GET";
-    curl.easySetopt(easy, CURLOPT_CUSTOMREQUEST, known ? nullptr : method.constData());
-}
-
-void CurlExchange::setBody(const HttpRequest &request)
-{
-    // No fields at all make the library ask for the body piece by piece.
-    const char *const fields = request.body.isEmpty() ? "" : request.body.constData();
-    const qint64 size = request.upload ? request.upload->size() : request.body.size();
-    curl.easySetopt(easy, CURLOPT_POSTFIELDS, request.upload ? nullptr : fields);
-    curl.easySetopt(easy, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(size));
-}
-
-void CurlExchange::setTrust(bool acceptAnyCertificate)
-{
-    if (!changes(settings.anyCertificate, acceptAnyCertificate))
-        return;
-    curl.easySetopt(easy, CURLOPT_SSL_VERIFYPEER, acceptAnyCertificate ? 0L : 1L);
-    curl.easySetopt(easy, CURLOPT_SSL_VERIFYHOST, acceptAnyCertificate ? 0L : 2L);
-    curl.easySetopt(easy, CURLOPT_SSL_CIPHER_LIST, acceptAnyCertificate ? "DEFAULT@SECLEVEL=0" : nullptr);
-    curl.easySetopt(easy, CURLOPT_SSLVERSION,
-                    static_cast<long>(acceptAnyCertificate ? CURL_SSLVERSION_TLSv1_0 : CURL_SSLVERSION_DEFAULT));
 }
 
 HttpReply CurlExchange::send(const HttpRequest &request, const QByteArray &url, const ProxyChoice &proxy,
@@ -199,7 +78,7 @@ HttpReply CurlExchange::send(const HttpRequest &request, const QByteArray &url, 
     std::optional<StopSignal::Listener> listener;
     if (request.stop)
         listener.emplace(request.stop, [this] { wakeUp(); });
-    setOptions(request, url, proxy);
+    options->set(request, url, proxy);
     curl.multiAddHandle(multi, easy);
     const CURLcode result = run(stopping);
     curl.multiRemoveHandle(multi, easy);

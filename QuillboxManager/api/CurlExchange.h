@@ -1,8 +1,6 @@
 #pragma once
 
-#include "api/CurlLibrary.h"
-#include "api/HttpTransport.h"
-#include "api/ProxyResolver.h"
+#include "api/CurlOptions.h"
 
 #include <atomic>
 #include <optional>
@@ -27,17 +25,7 @@ public:
     void deleteCookies();
 
 private:
-    using Header = QPair<QByteArray, QByteArray>;
-
-    void setPermanentOptions(CURLSH *cookies);
-    void setOptions(const HttpRequest &request, const QByteArray &url, const ProxyChoice &proxy);
-    void setUrl(const QByteArray &url);
-    void setLimits(const HttpRequest &request);
-    void setProxy(const ProxyChoice &proxy);
-    void setHeaders(const QList<Header> &headers);
-    void setMethod(const QByteArray &method);
-    void setBody(const HttpRequest &request);
-    void setTrust(bool acceptAnyCertificate);
+    void setCallbacks();
     CURLcode run(const std::atomic<bool> &stopping);
     bool drive(const std::atomic<bool> &stopping);
     bool isStopped(const std::atomic<bool> &stopping) const;
@@ -55,21 +43,7 @@ private:
     CURL *easy = nullptr;
     CURLM *multi = nullptr;
 
-    // What the handle is set to: setting it again would cost more than the comparison. Nothing: not set yet.
-    struct Settings {
-        QByteArray url;
-        std::optional<QByteArray> method;
-        std::optional<bool> secureOnly; ///< redirects stay with HTTPS
-        std::optional<long> timeout;
-        std::optional<curl_off_t> largest;
-        std::optional<long> receiveBuffer;
-        std::optional<bool> freshConnection;
-        std::optional<ProxyChoice> proxy;
-        std::optional<bool> anyCertificate;
-        std::optional<QList<Header>> headers;
-    };
-    Settings settings;
-    curl_slist *headerList = nullptr; ///< of `settings.headers`
+    std::optional<CurlOptions> options; ///< nothing only where there is no handle
 
     // Of the exchange in progress.
     struct State {

@@ -32,6 +32,11 @@ struct Call {
 /// Answers with the reply or throws ApiError.
 using CallHandler = std::function<QJsonObject(const Call &)>;
 
+// Characters at most.
+constexpr qsizetype longestAccountName = 128; ///< also of what vouches for an account
+constexpr qsizetype longestCiphertext = 1024;
+constexpr qsizetype longestCode = 64;
+
 // Readers of a body: each throws IllegalParameter, naming the member, when the value is missing or of another type.
 QString requiredText(const QJsonObject &body, const char *member, qsizetype longest);
 QString optionalText(const QJsonObject &body, const char *member, qsizetype longest); ///< absent: empty

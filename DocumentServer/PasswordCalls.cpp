@@ -29,9 +29,9 @@ void requireAcceptable(const QByteArray &password, const Credentials::Checked &c
 
 QJsonObject changePassword(const Call &call, Services &services)
 {
-    const QString name = requiredText(call.body, "account", 128);
-    const QString oldPassword = requiredText(call.body, "oldpwd", 1024);
-    const QString newPassword = requiredText(call.body, "newpwd", 1024);
+    const QString name = requiredText(call.body, "account", longestAccountName);
+    const QString oldPassword = requiredText(call.body, "oldpwd", longestCiphertext);
+    const QString newPassword = requiredText(call.body, "newpwd", longestCiphertext);
     requireSignature(call, services.options.passwordChangeSalt);
 
     const auto gate = services.credentials.gate(name);

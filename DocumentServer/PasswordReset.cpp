@@ -11,10 +11,6 @@ namespace documentserver
 
 namespace
 {
-constexpr qsizetype longestName = 128;
-constexpr qsizetype longestCiphertext = 1024;
-constexpr qsizetype longestCode = 64;
-
 /// The ways that the scenario allows and the account has, SMS first.
 QList<CodeWay> waysFor(const Account &account, const Scenario &scenario)
 {
@@ -63,7 +59,7 @@ PasswordReset::Person PasswordReset::personOf(const QString &name)
 
 QJsonObject PasswordReset::waysOf(const Call &call)
 {
-    const Person person = personOf(requiredText(call.body, "account", longestName));
+    const Person person = personOf(requiredText(call.body, "account", longestAccountName));
     QJsonObject ways;
     for (const CodeWay &way : waysFor(person.account, *call.scenario))
         ways.insert(way.name, way.masked);
@@ -72,7 +68,7 @@ QJsonObject PasswordReset::waysOf(const Call &call)
 
 QJsonObject PasswordReset::sendCode(const Call &call)
 {
-    const QString name = requiredText(call.body, "account", longestName);
+    const QString name = requiredText(call.body, "account", longestAccountName);
     const QString wanted = requiredText(call.body, "way", longestCode);
     const auto gate = credentials.gate(name);
     credentials.requireUnlocked(name);
@@ -85,7 +81,7 @@ QJsonObject PasswordReset::sendCode(const Call &call)
 
 QJsonObject PasswordReset::setPassword(const Call &call)
 {
-    const QString name = requiredText(call.body, "account", longestName);
+    const QString name = requiredText(call.body, "account", longestAccountName);
     const QString code = requiredText(call.body, "vcode", longestCode);
     const auto chosen = key.decrypt(requiredText(call.body, "newpwd", longestCiphertext));
     const auto gate = credentials.gate(name);

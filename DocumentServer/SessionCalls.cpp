@@ -39,8 +39,8 @@ QJsonObject pictureCode(const Call &call, Services &services)
 
 QJsonObject sendVerificationCode(const Call &call, Services &services)
 {
-    const QString name = requiredText(call.body, "account", 128);
-    const QString password = requiredText(call.body, "password", 1024);
+    const QString name = requiredText(call.body, "account", longestAccountName);
+    const QString password = requiredText(call.body, "password", longestCiphertext);
     optionalText(call.body, "oldtelnum", 256);
     optionalObject(call.body, "deviceinfo");
     const auto gate = services.credentials.gate(name);

@@ -10,10 +10,6 @@ namespace documentserver
 
 namespace
 {
-constexpr qsizetype longestName = 128;
-constexpr qsizetype longestCiphertext = 1024;
-constexpr qsizetype longestCode = 64;
-
 void requireAllowedClient(const Call &call)
 {
     const QJsonObject device = optionalObject(call.body, "deviceinfo");
@@ -38,7 +34,7 @@ void requireFreshPassword(const Credentials::Checked &checked, const Scenario &s
 
 QJsonObject SignIn::withPassword(const Call &call)
 {
-    const QString name = requiredText(call.body, "account", longestName);
+    const QString name = requiredText(call.body, "account", longestAccountName);
     const QString password = requiredText(call.body, "password", longestCiphertext);
     optionalObject(call.body, "vcodeinfo");
     optionalObject(call.body, "dualfactorauthinfo");
@@ -123,7 +119,7 @@ QJsonObject SignIn::openSession(const Call &call, const Account &account)
 
 QJsonObject SignIn::withTicket(const Call &call)
 {
-    const QString authenticator = requiredText(call.body, "thirdpartyid", longestName);
+    const QString authenticator = requiredText(call.body, "thirdpartyid", longestAccountName);
     const QString ticket = requiredText(requiredObject(call.body, "params"), "ticket", 4096);
     requireAllowedClient(call);
     const QJsonObject configured = call.scenario->object("thirdauth");

@@ -65,23 +65,27 @@ private:
     std::vector<std::unique_ptr<ContentWriter>> contents;
 };
 
+/// Whether it can stand in the tree: a plain file or folder with a name that clients may give.
+bool isWelcome(const QFileInfo &info, int level)
+{
+    try {
+        requireLegalName(info.fileName());
+    } catch (const ApiError &) {
+        return false;
+    }
+    return !info.isSymLink() && (info.isFile() || (info.isDir() && level < deepestLevel));
+}
+
 void Import::addInside(const QString &folder, qint64 parent, int level)
 {
     const QFileInfoList infos = QDir(folder).entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
     for (const QFileInfo &info : infos) {
-        try {
-            requireLegalName(info.fileName());
-        } catch (const ApiError &) {
-            std::fprintf(stderr, "left out: %s\n", qPrintable(info.filePath()));
-            continue;
-        }
-        const bool isFolder = info.isDir() && level < deepestLevel;
-        if (info.isSymLink() || !(isFolder || info.isFile())) {
+        if (!isWelcome(info, level)) {
             std::fprintf(stderr, "left out: %s\n", qPrintable(info.filePath()));
             continue;
         }
         Node node = newNode(info, parent);
-        if (isFolder) {
+        if (info.isDir()) {
             insertNode(change.database(), &node);
             addInside(info.filePath(), node.id, level + 1);
         } else {

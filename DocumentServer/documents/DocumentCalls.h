@@ -50,6 +50,14 @@ template <class Kind, class Function> CallEntry documentEntry(Services &services
     }};
 }
 
+/// The same for a function that makes the whole reply.
+template <class Function> CallEntry readingEntry(Services &services, Function function)
+{
+    CallEntry entry;
+    entry.replyHandler = [&services, function](const Call &call) { return function(ReadingCall(call, services)); };
+    return entry;
+}
+
 /// Throws unless the caller may give the file another content.
 template <class Session> void requireRevisionAllowed(const DocumentCall<Session> &call, const Place &file)
 {

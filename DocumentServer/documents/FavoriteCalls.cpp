@@ -50,8 +50,7 @@ void addFavoriteCalls(CallTable *table, Services &services)
 {
     table->insert(u"favorites.add"_s, documentEntry<WritingCall>(services, mark<true>));
     table->insert(u"favorites.delete"_s, documentEntry<WritingCall>(services, mark<false>));
-    CallEntry checking;
-    checking.replyHandler = [&services](const Call &call) { return check(ReadingCall(call, services)); };
+    CallEntry checking = readingEntry(services, check);
     checking.answersWithArray = true;
     table->insert(u"favorites.check"_s, checking);
 }

@@ -78,9 +78,7 @@ void addFileCalls(CallTable *table, Services &services)
     table->insert(u"file.attribute"_s, documentEntry<ReadingCall>(services, fileAttributes));
     table->insert(u"file.metadata"_s, documentEntry<ReadingCall>(services, metadata));
     table->insert(u"file.restorerevision"_s, documentEntry<WritingCall>(services, restoreRevision));
-    CallEntry list;
-    list.replyHandler = [&services](const Call &call) { return revisions(ReadingCall(call, services)); };
-    table->insert(u"file.revisions"_s, list);
+    table->insert(u"file.revisions"_s, readingEntry(services, revisions));
 }
 
 } // namespace documentserver

@@ -148,9 +148,7 @@ void addFolderCalls(CallTable *table, Services &services)
 {
     table->insert(u"dir.create"_s, documentEntry<WritingCall>(services, createFolder));
     table->insert(u"dir.size"_s, documentEntry<ReadingCall>(services, folderSize));
-    CallEntry list;
-    list.replyHandler = [&services](const Call &call) { return listFolder(ReadingCall(call, services)); };
-    table->insert(u"dir.list"_s, list);
+    table->insert(u"dir.list"_s, readingEntry(services, listFolder));
 }
 
 } // namespace documentserver

@@ -102,9 +102,7 @@ void addLockCalls(CallTable *table, Services &services)
     table->insert(u"autolock.unlock"_s, documentEntry<WritingCall>(services, unlock));
     table->insert(u"autolock.refresh"_s, documentEntry<WritingCall>(services, refresh));
     table->insert(u"autolock.getlockinfo"_s, documentEntry<ReadingCall>(services, lockInformation));
-    CallEntry list;
-    list.replyHandler = [&services](const Call &call) { return locksInside(ReadingCall(call, services)); };
-    table->insert(u"autolock.getdirlockinfo"_s, list);
+    table->insert(u"autolock.getdirlockinfo"_s, readingEntry(services, locksInside));
 }
 
 } // namespace documentserver

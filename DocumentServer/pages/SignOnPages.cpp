@@ -108,7 +108,7 @@ Reply SignOnPages::signIn(const QString &style, const PageRequest &request)
 {
     const bool inScript = style == "script-ticket"_L1;
     const ScenarioPointer scenario = services.scenario.current();
-    const QString account = valueOf(request.form, u"username"_s).left(128);
+    const QString account = valueOf(request.form, u"username"_s).left(longestAccountName);
     try {
         const auto gate = services.credentials.gate(account);
         const QByteArray password = valueOf(request.form, u"password"_s).toUtf8();

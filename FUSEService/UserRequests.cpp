@@ -109,6 +109,7 @@ void UserRequests::showDirectUpload()
     platform::inBackground(this, surroundings.uploadFolder, [this](const QString &folder) {
         if (folder.isNull()) {
             platform::log(u"FUSEService: there is no folder to upload to"_s);
+            surroundings.tellNoUploadFolder();
             return;
         }
         // A window that still copies is left alone.

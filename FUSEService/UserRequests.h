@@ -23,7 +23,8 @@ public:
         std::function<QList<PanelItem>()> transfers; ///< at once
         /// Blocks; background pool. May give up, with what it has, once `wanted` says no.
         std::function<QList<PanelItem>(const std::function<bool()> &wanted)> favorites;
-        std::function<QString()> uploadFolder; ///< blocks; background pool
+        std::function<QString()> uploadFolder;    ///< blocks; background pool
+        std::function<void()> tellNoUploadFolder; ///< main thread
     };
     explicit UserRequests(Surroundings surroundings, QObject *parent = nullptr);
     /// Ends the windows.

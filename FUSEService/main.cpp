@@ -60,7 +60,7 @@ QString panelProgram()
     return platform::Bundle::main().bundlePath() + QStringLiteral("/../../MacOS/QuillboxPanel");
 }
 
-UserRequests::Surroundings requestSurroundings(volume::Volume &volume, const platform::Host &host)
+UserRequests::Surroundings requestSurroundings(volume::Volume &volume, const platform::Host &host, Notice &notice)
 {
     const QString mountPoint = QBPathIndicator::pathForQuillboxVolume();
     const auto documents = std::make_shared<UserDocuments>(volume.serverDocuments(), mountPoint);
@@ -69,7 +69,8 @@ UserRequests::Surroundings requestSurroundings(volume::Volume &volume, const pla
             .volume = mountPoint,
             .transfers = [&volume, mountPoint] { return UserRequests::transfersOf(volume.unsavedPaths(), mountPoint); },
             .favorites = [documents](const std::function<bool()> &wanted) { return documents->favorites(wanted); },
-            .uploadFolder = [documents] { return documents->ownFolder(); }};
+            .uploadFolder = [documents] { return documents->ownFolder(); },
+            .tellNoUploadFolder = [&notice] { notice.show(QStringLiteral("no-upload-folder")); }};
 }
 
 LinkOpener::Steps linkSteps(volume::LinkLocator &links, Notice &notice, UserRequests &requests)
@@ -84,6 +85,13 @@ LinkOpener::Steps linkSteps(volume::LinkLocator &links, Notice &notice, UserRequ
                                                          : QStringLiteral("link-not-found"));
             },
         .searchFor = [&requests](const QString &name) { requests.searchFor(name); }};
+}
+
+void openLink(LinkOpener &opener, const SocketMessage &message)
+{
+    // The file manager's action tells the name of a file, other programs a selected text.
+    const bool mayBeName = message.key == SocketMessage::rightService();
+    opener.open(message.text, mayBeName ? LinkOpener::Reading::LinkOrName : LinkOpener::Reading::LinkOnly);
 }
 
 /// Ends the event loop. Several causes may come together: the log names the first.
@@ -102,34 +110,29 @@ private:
     bool told = false;
 };
 
-} // namespace
-
-int main(int argc, char **argv)
+/// 0, or the exit code after a log line when there is no manager to serve.
+int watchManager(ManagerWatch &watch)
 {
-    StopSignals::block();
-    const QCoreApplication application(argc, argv);
     const std::optional<qint64> manager = managerProcessId(QCoreApplication::arguments().mid(1));
     if (!manager) {
         platform::log(QStringLiteral("FUSEService: the one argument is the process id of the manager"));
         return CompanionStrings::BadArguments;
     }
-    ManagerWatch watch;
-    if (!watch.watch(*manager)) {
-        platform::log(QStringLiteral("FUSEService: there is no manager %1").arg(*manager));
-        return CompanionStrings::NoManager;
-    }
-    const StopSignals signals;
-    platform::Host &host = platform::host();
-    if (host.folders.temporary().isNull()) {
-        platform::log(QStringLiteral("FUSEService: there is no private folder for the socket"));
-        return CompanionStrings::NoSocket;
-    }
+    if (watch.watch(*manager))
+        return 0;
+    platform::log(QStringLiteral("FUSEService: there is no manager %1").arg(*manager));
+    return CompanionStrings::NoManager;
+}
+
+/// From the first message to the last; the exit code.
+int serve(platform::Host &host, const ManagerWatch &watch, const StopSignals &signals)
+{
     QBGlobeInformation &session = QBGlobeInformation::sharedGlobeInformation();
     const volume::Volume::Settings settings = volumeSettings(host);
     volume::Volume volume(session, platform::UserDefaults::standard(), settings);
     volume::LinkLocator links(volume.serverDocuments(), QBPathIndicator::pathForQuillboxVolume());
     Notice notice(noticeProgram());
-    UserRequests requests(requestSurroundings(volume, host));
+    UserRequests requests(requestSurroundings(volume, host, notice));
     LinkOpener linkOpener(linkSteps(links, notice, requests));
     requests.observe(host.distributed);
     CompanionService service(session, host.distributed,
@@ -142,11 +145,7 @@ int main(int argc, char **argv)
     QObject::connect(&service, &CompanionService::stopRequested, [&] { stop.because(u"the stop notification came"); });
     CacheClearing cache(QBClearCacheInformation::defaultClearCacheInformation(), session.account().userID,
                         settings.core.stagingFolder);
-    service.setMessageHandler([&linkOpener](const SocketMessage &message) {
-        // The file manager's action tells the name of a file, other programs a selected text.
-        const bool mayBeName = message.key == SocketMessage::rightService();
-        linkOpener.open(message.text, mayBeName ? LinkOpener::Reading::LinkOrName : LinkOpener::Reading::LinkOnly);
-    });
+    service.setMessageHandler([&linkOpener](const SocketMessage &message) { openLink(linkOpener, message); });
     if (const int failure = service.start())
         return failure;
     cache.seed();
@@ -157,4 +156,21 @@ int main(int argc, char **argv)
     if (!platform::drainBackground(PatienceAtTheEnd))
         std::_Exit(result);
     return result;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    StopSignals::block();
+    const QCoreApplication application(argc, argv);
+    ManagerWatch watch;
+    if (const int failure = watchManager(watch))
+        return failure;
+    const StopSignals signals;
+    platform::Host &host = platform::host();
+    if (!host.folders.temporary().isNull())
+        return serve(host, watch, signals);
+    platform::log(QStringLiteral("FUSEService: there is no private folder for the socket"));
+    return CompanionStrings::NoSocket;
 }

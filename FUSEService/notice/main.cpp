@@ -16,16 +16,22 @@
 namespace
 {
 
-std::optional<QBError> messageNamed(const QString &name)
+QBError message(const QString &headline, const QString &detail)
 {
     constexpr qint64 NoticeCode = 1000;
+    const QString table = QStringLiteral("QBError");
+    return QBError::withText(QBError::serverDomain(), NoticeCode, platform::localizedString(headline, table),
+                             platform::localizedString(detail, table));
+}
+
+std::optional<QBError> messageNamed(const QString &name)
+{
     if (name == QLatin1String("no-server"))
         return QBError::errorForNetBreak();
     if (name == QLatin1String("link-not-found"))
-        return QBError::withText(
-            QBError::serverDomain(), NoticeCode,
-            platform::localizedString(QStringLiteral("打开SharedLink失败"), QStringLiteral("QBError")),
-            platform::localizedString(QStringLiteral("未找到链接指向的文档"), QStringLiteral("QBError")));
+        return message(QStringLiteral("打开SharedLink失败"), QStringLiteral("未找到链接指向的文档"));
+    if (name == QLatin1String("no-upload-folder"))
+        return message(QStringLiteral("无法直传文件"), QStringLiteral("没有可以上传的个人文件夹，请检查网络后重试"));
     return std::nullopt;
 }
 

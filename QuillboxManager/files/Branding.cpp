@@ -16,6 +16,11 @@ QString Branding::value(const QString &key, const QString &fallback) const
     return found.typeId() == QMetaType::QString ? found.toString() : fallback;
 }
 
+bool Branding::contains(const QString &key) const
+{
+    return platform::PropertyList::readDictionary(path).value_or(QVariantMap()).contains(key);
+}
+
 bool Branding::setValue(const QString &key, const QString &value) const
 {
     auto dictionary = platform::PropertyList::readDictionary(path);

@@ -14,6 +14,9 @@ public:
     /// Text of the key; `fallback` when the file or the key is missing or is no text.
     QString value(const QString &key, const QString &fallback = {}) const;
 
+    /// There is a value of any type.
+    bool contains(const QString &key) const;
+
     /// Sets one key and writes the file back atomically. False, and no file made, when it cannot be read or written.
     bool setValue(const QString &key, const QString &value) const;
 

@@ -1,12 +1,13 @@
 #include "shell/AppDelegate.h"
 
 #include "api/QBNetworking.h"
-#include "platform/Dispatch.h"
 #include "platform/Host.h"
 #include "platform/LaunchRequest.h"
 #include "platform/Log.h"
 #include "platform/Task.h"
+#include "shell/LoginSuccess.h"
 #include "shell/ShellStrings.h"
+#include "shell/VisibleWindow.h"
 #include "state/NotificationNames.h"
 #include "ui/Application.h"
 #include "ui/StyleKit.h"
@@ -48,12 +49,13 @@ AppDelegate::AppDelegate(shell::ShellContext given)
       termination(
           shell::VolumeControl(context.host.volumes), volumePath(context.host), [this] { return serviceRunning(); },
           context.present),
-      serverCheck(context.networking, context.defaults), loginSuccess(context.networking),
+      serverCheck(context.networking, context.defaults),
       flow(context.networking, context.center, context.windows, *this),
       quickStart(context.networking, context.bundle.shortVersion(),
                  [&workspace = context.host.workspace](const QUrl &address) { workspace.openURL(address); }),
       updateFlow(context.networking, context.bundle, context.installer, *this, flow),
-      menu([this](int tag) { return validateUserInterfaceItem(tag); }), item(*menu.menu(), context.makeTrayHost())
+      menu([this](int tag) { return validateUserInterfaceItem(tag); }), item(*menu.menu(), context.makeTrayHost()),
+      windows(context, flow)
 {
     awakeFromNib();
     Application::setTerminateHandler([this] { terminate(); });
@@ -139,18 +141,21 @@ void AppDelegate::registerAppleEvent()
 
 void AppDelegate::applicationShouldHandleReopen()
 {
-    const bool hasVisibleWindows =
-        updateFlow.hasVisibleWindow() || flow.hasVisibleWindow() || (agreement && agreement->isVisible());
+    QBWindowController *visible = visibleWindow();
     const bool signedIn = launched && context.networking.isLogin();
-    if (updateFlow.hasVisibleWindow())
-        updateFlow.activateVisibleWindow();
-    else if (hasVisibleWindows)
-        flow.activateVisibleWindow();
+    if (visible)
+        visible->showWindow();
     else if (signedIn)
         showQuillboxVolume();
     // Nothing else leads to the menu on a desktop without a tray, and a launch always shows something.
-    if (!item.hasIcon() || (!hasVisibleWindows && !signedIn))
+    if (!item.hasIcon() || (!visible && !signedIn))
         item.showMenuWindow();
+}
+
+QBWindowController *AppDelegate::visibleWindow() const
+{
+    return shell::firstVisible(
+        {updateFlow.visibleWindow(), windows.visibleWindow(), flow.visibleWindow(), quickStart.visibleWindow()});
 }
 
 void AppDelegate::handleArguments(const QStringList &arguments)
@@ -183,38 +188,18 @@ void AppDelegate::handleLoginStatusDidChanged()
 {
     ++session;
     flow.closeLoginWindow();
-    loginSuccess.handleLoginStatusDidChanged([this, current = session](const std::optional<QString> &text) {
-        if (current != session)
-            return;
-        if (text)
-            showAgreement(*text);
-        else
-            userProtocolShowVolume();
-    });
-}
-
-void AppDelegate::showAgreement(const QString &text)
-{
-    closeAgreement();
-    agreement = std::make_unique<UserProtocolWindowController>(context.networking, context.center);
-    agreement->loadUserProtocol(text);
-    agreement->showWindow();
-    agreement->center();
-    Application::activate(agreement->window());
-}
-
-void AppDelegate::closeAgreement()
-{
-    if (!agreement)
-        return;
-    agreement->close();
-    // Its button is what brought us here.
-    agreement.release()->deleteLater();
+    inSession([&networking = context.networking] { return shell::askForAgreement(networking); },
+              [this](const std::optional<QString> &text) {
+                  if (text)
+                      windows.showAgreement(*text);
+                  else
+                      userProtocolShowVolume();
+              });
 }
 
 void AppDelegate::userProtocolShowVolume()
 {
-    closeAgreement();
+    windows.closeAgreement();
     showQuillboxVolume();
     addChangePasswordMenuItem();
 }
@@ -281,13 +266,22 @@ void AppDelegate::logoutOnManager()
     }
     context.networking.deleteCookies();
     showLoginWindowAllowAutoLogin(false);
-    searchWindow.reset();
-    settingsWindow.reset();
+    windows.close();
     flow.closeChangePasswordWindow();
     quickStart.close();
-    closeAgreement();
+    client.close();
     removeRunTimeEntries();
     menu.validate();
+    endSessionAtServer();
+}
+
+void AppDelegate::endSessionAtServer()
+{
+    // Nobody waits for the answer, and the next sign-in may be faster.
+    platform::dispatchGlobal([&networking = context.networking, token = context.networking.tokenID()] {
+        if (networking.tokenID() == token)
+            networking.logoutCurrentAccountWithHandle({});
+    });
 }
 
 void AppDelegate::removeSidebarVolume(const QString &)

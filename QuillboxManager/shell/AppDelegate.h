@@ -1,16 +1,14 @@
 #pragma once
 
 #include "login/ShowUpdateVersionDelegate.h"
-#include "login/UserProtocolWindowController.h"
+#include "platform/Dispatch.h"
 #include "shell/LoginFlow.h"
-#include "shell/LoginSuccess.h"
 #include "shell/QuickStart.h"
-#include "shell/SearchWindowsController.h"
 #include "shell/ServerCheck.h"
 #include "shell/ServiceClient.h"
 #include "shell/ServiceProcess.h"
 #include "shell/ServiceWatch.h"
-#include "shell/SettingWindowsController.h"
+#include "shell/SessionWindows.h"
 #include "shell/ShellContext.h"
 #include "shell/StatusItem.h"
 #include "shell/StatusMenu.h"
@@ -20,8 +18,7 @@
 
 #include <QObject>
 
-#include <memory>
-#include <optional>
+#include <utility>
 
 /// The application's one controller: decides the order of things and hands each duty to the part that knows it. Main
 /// thread. Nothing here blocks; what waits for a server, a process or a volume goes on when the answer is there.
@@ -71,12 +68,9 @@ public:
     void terminateWithoutAsking();
     void applicationWillTerminate();
 
-    // Update. `fromServerSetting`: the server window is showing.
+    // Update. `fromServerSetting`: the server window is showing, which is where the other question comes from.
     void showUpdateQBVersionWindow(bool fromServerSetting);
-    void showUpdateVersionWindow(bool serverSettingWindowShows) override
-    {
-        showUpdateQBVersionWindow(serverSettingWindowShows);
-    }
+    void showUpdateVersionWindow(bool) override { showUpdateQBVersionWindow(true); }
     // From the installer's thread; the work is done on the main one.
     void updateDownloadAppProgress(double percent) override;
     void doSthDownloadAppVersionComplete() override;
@@ -116,12 +110,22 @@ private:
     void prepareFonts();
     void continueLaunch();
     void followServerCheck(const shell::ServerCheckOutcome &outcome);
-    void showAgreement(const QString &text);
-    void closeAgreement();
+    QBWindowController *visibleWindow() const;
     void addRunTimeEntries(const ServerReply &user, const ServerReply &config);
     void removeRunTimeEntries();
     void openHelp(const QString &key);
+    void endSessionAtServer();
     void finish();
+
+    /// Work there, result here, for the session as it is now: with its end `then` is dropped.
+    template <class Work, class Then> void inSession(Work work, Then then)
+    {
+        platform::inBackground(this, std::move(work),
+                               [this, current = session, then = std::move(then)](const auto &result) {
+                                   if (current == session)
+                                       then(result);
+                               });
+    }
 
     shell::ShellContext context;
     shell::ServiceProcess service;
@@ -131,15 +135,12 @@ private:
     shell::DriverSetup driver;
     shell::Termination termination;
     shell::ServerCheck serverCheck;
-    shell::LoginSuccess loginSuccess;
     shell::LoginFlow flow;
     shell::QuickStart quickStart;
     shell::UpdateFlow updateFlow;
     shell::StatusMenu menu;
     shell::StatusItem item;
-    std::unique_ptr<UserProtocolWindowController> agreement;
-    std::unique_ptr<SearchWindowsController> searchWindow;
-    std::unique_ptr<SettingWindowsController> settingsWindow;
+    shell::SessionWindows windows;
     quint64 session = 0;   ///< counts sign-ins and sign-outs, so that late replies of an earlier one are dropped
     bool launched = false; ///< the start has come to the server check
     bool willTerminate = false;

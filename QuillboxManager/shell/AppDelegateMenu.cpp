@@ -1,7 +1,6 @@
 #include "shell/AppDelegate.h"
 
 #include "login/JsonValues.h"
-#include "platform/Dispatch.h"
 #include "platform/Host.h"
 #include "platform/Localization.h"
 #include "platform/Log.h"
@@ -114,10 +113,7 @@ void AppDelegate::addChangePasswordMenuItem()
     const auto ask = [&networking = context.networking] {
         return Answers{networking.requestUserInfo(), networking.getServerConfig()};
     };
-    platform::inBackground(this, ask, [this, current = session](const Answers &answers) {
-        if (current == session)
-            addRunTimeEntries(answers.user, answers.config);
-    });
+    inSession(ask, [this](const Answers &answers) { addRunTimeEntries(answers.user, answers.config); });
 }
 
 void AppDelegate::addRunTimeEntries(const ServerReply &user, const ServerReply &config)
@@ -141,15 +137,15 @@ void AppDelegate::removeRunTimeEntries()
 
 void AppDelegate::showQuillboxWeb()
 {
-    platform::inBackground(
-        this, [&networking = context.networking] { return askForWebClientAddress(networking); },
-        [this](const std::optional<QString> &address) {
-            if (address)
-                context.host.workspace.openSecretURL(QUrl(*address));
-            else
-                context.present(QBAlert::defaultQBAlertWithShowsSuppressionButton(false, QBError::errorForNetBreak()),
-                                [](int) {});
-        });
+    inSession([&networking = context.networking] { return askForWebClientAddress(networking); },
+              [this](const std::optional<QString> &address) {
+                  if (address)
+                      context.host.workspace.openSecretURL(QUrl(*address));
+                  else
+                      context.present(
+                          QBAlert::defaultQBAlertWithShowsSuppressionButton(false, QBError::errorForNetBreak()),
+                          [](int) {});
+              });
 }
 
 void AppDelegate::showTransferWindow()
@@ -169,23 +165,15 @@ void AppDelegate::showContentSearchWindow()
 
 void AppDelegate::showSearchWindow()
 {
-    if (!searchWindow)
-        searchWindow = std::make_unique<SearchWindowsController>(
-            shell::ServiceClient::socketPathIn(context.host.folders.temporary()));
-    searchWindow->showWindow();
+    windows.showSearch();
 }
 
 void AppDelegate::showPreferenceWindow()
 {
-    if (!serviceRunning()) {
+    if (serviceRunning())
+        windows.showSettings();
+    else
         showLoginWindowAllowAutoLogin(false);
-        return;
-    }
-    if (!settingsWindow)
-        settingsWindow = context.makeSettings({.close = [this] { flow.closeChangePasswordWindow(); },
-                                               .show = [this] { flow.showChangePasswordWindow(); },
-                                               .present = context.present});
-    settingsWindow->showGeneralPane();
 }
 
 void AppDelegate::openMyFavorites()
@@ -217,25 +205,25 @@ void AppDelegate::helpSubMenu_TrainOnline()
 void AppDelegate::changePassword()
 {
     flow.closeChangePasswordWindow();
-    platform::inBackground(
-        this, [&networking = context.networking] { return networking.requestUserInfo(); },
-        [this, current = session](const ServerReply &user) {
-            if (!user || current != session)
-                return;
-            if (shell::isPasswordControlled(*user))
-                context.present(shell::passwordControlAlert(), [](int) {});
-            else
-                flow.showChangePasswordWindow();
-        });
+    inSession([&networking = context.networking] { return networking.requestUserInfo(); },
+              [this](const ServerReply &user) {
+                  if (!user)
+                      return;
+                  if (shell::isPasswordControlled(*user))
+                      context.present(shell::passwordControlAlert(), [](int) {});
+                  else
+                      flow.showChangePasswordWindow();
+              });
 }
 
 void AppDelegate::performLogout()
 {
-    termination.checkIfUserWannaUmount([this](bool mayEnd) {
-        if (mayEnd)
-            logoutOnService();
-        else
+    // The companion may end, and somebody sign in anew, while the user is asked.
+    termination.checkIfUserWannaUmount([this, current = session](bool mayEnd) {
+        if (!mayEnd)
             platform::log(QStringLiteral("取消注销"));
+        else if (current == session)
+            logoutOnService();
     });
 }
 

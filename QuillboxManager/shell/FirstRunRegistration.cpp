@@ -15,7 +15,7 @@ FirstRunRegistration::FirstRunRegistration(const platform::Scripts &hostScripts,
 
 bool FirstRunRegistration::registerOnce() const
 {
-    if (!branding.value(ShellStrings::brandingFirst()).isNull())
+    if (branding.contains(ShellStrings::brandingFirst()))
         return false;
     const QString extension = bundle.builtInPlugInsPath() + u'/' + ShellStrings::finderExtension();
     platform::runTask(scripts.extensionTool(), {ShellStrings::extensionToolAdd(), extension});

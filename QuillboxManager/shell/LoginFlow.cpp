@@ -4,6 +4,7 @@
 #include "login/LoginWindowController.h"
 #include "login/ServerSettingWindowController.h"
 #include "platform/Log.h"
+#include "shell/VisibleWindow.h"
 #include "state/NotificationNames.h"
 #include "ui/Application.h"
 
@@ -235,25 +236,10 @@ QBWindowController *LoginFlow::serverSettingWindow() const
     return serverSetting.get();
 }
 
-bool LoginFlow::hasVisibleWindow() const
+QBWindowController *LoginFlow::visibleWindow() const
 {
-    for (const QBWindowController *controller :
-         {loginWindow(), serverSettingWindow(), loginVerify.get(), resetPassword.get(), changePassword.get(),
-          thirdLoginWindow()})
-        if (controller && controller->isVisible())
-            return true;
-    return false;
-}
-
-void LoginFlow::activateVisibleWindow()
-{
-    for (QBWindowController *controller :
-         {changePassword.get(), resetPassword.get(), loginVerify.get(), thirdLoginWindow(), serverSettingWindow(),
-          loginWindow()})
-        if (controller && controller->isVisible()) {
-            controller->showWindow();
-            return;
-        }
+    return firstVisible({changePassword.get(), resetPassword.get(), loginVerify.get(), thirdLoginWindow(),
+                         serverSettingWindow(), loginWindow()});
 }
 
 } // namespace shell

@@ -53,12 +53,10 @@ public:
     /// Shows an error line in the server window, and the window, which may be left without another server.
     void displayInServerSettingWindow(const QString &text);
 
-    bool canChangePassword() const { return static_cast<bool>(factory.changePassword); }
     void showChangePasswordWindow();
     void closeChangePasswordWindow();
-    /// Some window of the family is on the screen.
-    bool hasVisibleWindow() const;
-    void activateVisibleWindow();
+    /// A window of the family that is on the screen, else null.
+    QBWindowController *visibleWindow() const;
 
     QBWindowController *loginWindow() const;
     QBWindowController *serverSettingWindow() const;

@@ -1,12 +1,9 @@
 #include "shell/LoginSuccess.h"
 
 #include "login/JsonValues.h"
-#include "platform/Dispatch.h"
 #include "platform/Localization.h"
 #include "platform/Log.h"
 #include "shell/ShellStrings.h"
-
-#include <utility>
 
 namespace shell
 {
@@ -28,8 +25,8 @@ void logError(const QString &format, const QBError &error)
     if (error)
         platform::log(platform::fillPlaceholders(format, {error.localizedDescription()}));
 }
+} // namespace
 
-/// Blocks.
 std::optional<QString> askForAgreement(QBNetworking &networking)
 {
     QBError configError;
@@ -39,20 +36,6 @@ std::optional<QString> askForAgreement(QBNetworking &networking)
     const ServerReply user = networking.getAgreedToTermsOfUseState(&userError);
     logError(QStringLiteral("errGetAgree is %@"), userError);
     return agreementToShow(config, user);
-}
-} // namespace
-
-LoginSuccess::LoginSuccess(QBNetworking &client, QObject *parent) : QObject(parent), networking(client) {}
-
-void LoginSuccess::handleLoginStatusDidChanged(std::function<void(std::optional<QString>)> then)
-{
-    const quint64 attempt = ++generation;
-    platform::inBackground(
-        this, [&client = networking] { return askForAgreement(client); },
-        [this, attempt, then = std::move(then)](const std::optional<QString> &agreement) {
-            if (attempt == generation)
-                then(agreement);
-        });
 }
 
 } // namespace shell

@@ -2,11 +2,11 @@
 
 #include "api/QBNetworking.h"
 
-#include <QObject>
 #include <QString>
 
-#include <functional>
 #include <optional>
+
+// What comes between a sign-in and the volume.
 
 namespace shell
 {
@@ -15,18 +15,7 @@ namespace shell
 /// without the keys, so that a failed call keeps nobody out.
 std::optional<QString> agreementToShow(const ServerReply &oemConfig, const ServerReply &userState);
 
-/// Finds out, in the background, what comes between a sign-in and the volume.
-class LoginSuccess : public QObject
-{
-public:
-    explicit LoginSuccess(QBNetworking &networking, QObject *parent = nullptr);
-
-    /// `then` runs on the main thread; only the latest sign-in gets its answer.
-    void handleLoginStatusDidChanged(std::function<void(std::optional<QString> agreement)> then);
-
-private:
-    QBNetworking &networking;
-    quint64 generation = 0;
-};
+/// Blocks: asks the server for both.
+std::optional<QString> askForAgreement(QBNetworking &networking);
 
 } // namespace shell

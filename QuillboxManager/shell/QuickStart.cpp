@@ -5,6 +5,7 @@
 #include "platform/Dispatch.h"
 #include "platform/Localization.h"
 #include "shell/ShellStrings.h"
+#include "shell/VisibleWindow.h"
 #include "shell/WebClientAddress.h"
 
 #include <optional>
@@ -82,6 +83,11 @@ void QuickStart::close()
 {
     ++session;
     window.reset();
+}
+
+QBWindowController *QuickStart::visibleWindow() const
+{
+    return firstVisible({window.get()});
 }
 
 } // namespace shell

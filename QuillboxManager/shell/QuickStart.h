@@ -9,6 +9,7 @@
 #include <functional>
 #include <memory>
 
+class QBWindowController;
 class QuickStartWindowController;
 
 namespace shell
@@ -39,6 +40,8 @@ public:
     void openIfNeeded();
     /// The session is over: the window goes.
     void close();
+    /// On the screen, else null.
+    QBWindowController *visibleWindow() const;
 
 private:
     void open(const Introduction &introduction);

@@ -2,6 +2,7 @@
 
 #include "platform/Dispatch.h"
 #include "shell/LoginFlow.h"
+#include "shell/VisibleWindow.h"
 #include "ui/Application.h"
 #include "update/DownloadApp.h"
 #include "update/UpdateWindowController.h"
@@ -79,17 +80,9 @@ void UpdateFlow::DisplayServerSettingWindow(const QString &text)
     platform::dispatchMain(this, [this, text] { flow.displayInServerSettingWindow(text); });
 }
 
-bool UpdateFlow::hasVisibleWindow() const
+QBWindowController *UpdateFlow::visibleWindow() const
 {
-    return (prompt && prompt->isVisible()) || (progress && progress->isVisible());
-}
-
-void UpdateFlow::activateVisibleWindow()
-{
-    if (prompt && prompt->isVisible())
-        prompt->showWindow();
-    else if (progress && progress->isVisible())
-        progress->showWindow();
+    return firstVisible({prompt.get(), progress.get()});
 }
 
 } // namespace shell

@@ -10,6 +10,7 @@
 
 class DownloadApp;
 class QBNetworking;
+class QBWindowController;
 class UpdateWindowController;
 class updateProgressWindowController;
 
@@ -37,8 +38,8 @@ public:
     /// Any thread: says in the server window why there is no update.
     void DisplayServerSettingWindow(const QString &text) override;
 
-    bool hasVisibleWindow() const;
-    void activateVisibleWindow();
+    /// One that is on the screen, else null.
+    QBWindowController *visibleWindow() const;
 
 private:
     void update();

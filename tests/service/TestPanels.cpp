@@ -1,24 +1,28 @@
 #include "panel/FileCopies.h"
 #include "panel/SearchPanel.h"
+#include "support/Cases.h"
+#include "support/Files.h"
 #include "support/TestMain.h"
 
-#include <QDir>
-#include <QFile>
 #include <QLabel>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTreeWidget>
 
+using namespace testing;
 using namespace Qt::StringLiterals;
 
 namespace
 {
-void makeFile(const QString &path, const QByteArray &content = "x")
-{
-    QDir().mkpath(QFileInfo(path).path());
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
-}
+struct Search {
+    const char *name;
+    QString text;
+    QStringList found;
+};
+const QList<Search> Searches{{"part, any case", u"PLAN"_s, {u"Plan B.txt"_s, u"plan"_s}},
+                             {"a name with blanks around", u"  报告 "_s, {u"报告.pdf"_s}},
+                             {"no pattern", u"*"_s, {}},
+                             {"nothing", u"  "_s, {}}};
 
 QStringList names(const QWidget &panel)
 {
@@ -37,10 +41,8 @@ class TestPanels : public QObject
     Q_OBJECT
 private Q_SLOTS:
     void itemsSurviveTheFile();
-    void damagedItems_data();
-    void damagedItems();
     void choosingOpensTheFolder();
-    void finds_data();
+    void finds_data() { addCases(Searches); }
     void finds();
     void laterSearchWins();
     void copies();
@@ -56,25 +58,13 @@ void TestPanels::itemsSurviveTheFile()
     const QList<PanelItem> items{{u"a\"\n报告"_s, u"/v/Folder"_s, PanelItems::waiting()}, {u"b"_s, u"/v"_s, {}}};
     QVERIFY(PanelItems::write(path, items));
     QCOMPARE(PanelItems::read(path), std::optional(items));
-    QCOMPARE(QFile::permissions(path) & (QFile::ReadGroup | QFile::ReadOther), QFile::Permissions());
+    QCOMPARE(modeOf(path), 0600u);
     QVERIFY(PanelItems::write(path, QList<PanelItem>(100'000, {QString(1000, u'n'), u"/v"_s, {}})));
     QVERIFY(PanelItems::read(path));
-}
-
-void TestPanels::damagedItems_data()
-{
-    QTest::addColumn<QByteArray>("content");
-    QTest::newRow("empty") << QByteArray();
-    QTest::newRow("cut") << QByteArray(R"([{"name":"a","fol)");
-    QTest::newRow("an object") << QByteArray("{}");
-}
-
-void TestPanels::damagedItems()
-{
-    QFETCH(QByteArray, content);
-    const QString path = folder.filePath(u"damaged"_s);
-    makeFile(path, content);
-    QVERIFY(!PanelItems::read(path));
+    for (const QByteArray &damaged : {""_ba, R"([{"name":"a","fol)"_ba, "{}"_ba}) {
+        QVERIFY(writeFile(path, damaged));
+        QVERIFY(!PanelItems::read(path));
+    }
 }
 
 void TestPanels::choosingOpensTheFolder()
@@ -96,23 +86,12 @@ void TestPanels::choosingOpensTheFolder()
     QVERIFY(!panel.isVisible());
 }
 
-void TestPanels::finds_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QStringList>("found");
-    QTest::newRow("part, any case") << u"PLAN"_s << QStringList{u"Plan B.txt"_s, u"plan"_s};
-    QTest::newRow("a name with blanks around") << u"  报告 "_s << QStringList{u"报告.pdf"_s};
-    QTest::newRow("no pattern") << u"*"_s << QStringList();
-    QTest::newRow("nothing") << u"  "_s << QStringList();
-}
-
 void TestPanels::finds()
 {
-    QFETCH(QString, text);
-    QFETCH(QStringList, found);
+    const auto &[name, text, found] = currentCase(Searches);
     const QString place = folder.filePath(u"volume"_s);
-    for (const QString &name : {u"plan/Plan B.txt"_s, u"plan/other"_s, u"报告.pdf"_s})
-        makeFile(place + u'/' + name);
+    for (const QString &file : {u"plan/Plan B.txt"_s, u"plan/other"_s, u"报告.pdf"_s})
+        QVERIFY(writeFile(place + u'/' + file, {}));
     SearchPanel panel(place, u"Search"_s, [](const QString &) {});
     auto *status = panel.findChild<QLabel *>(u"status"_s);
     panel.search(text);
@@ -125,8 +104,8 @@ void TestPanels::laterSearchWins()
 {
     const QString place = folder.filePath(u"many"_s);
     for (int index = 0; index < SearchPanel::MaximumHits + 20; ++index)
-        makeFile(place + u"/entry %1"_s.arg(index));
-    makeFile(place + u"/wanted"_s);
+        QVERIFY(writeFile(place + u"/entry %1"_s.arg(index), {}));
+    QVERIFY(writeFile(place + u"/wanted"_s, {}));
     SearchPanel panel(place, u"Search"_s, [](const QString &) {});
     panel.search(u"entry"_s);
     panel.search(u"wanted"_s);
@@ -140,8 +119,8 @@ void TestPanels::laterSearchWins()
 void TestPanels::copies()
 {
     const QString target = folder.filePath(u"target"_s);
-    makeFile(target + u"/a.tar.gz"_s, "old");
-    makeFile(folder.filePath(u"from/a.tar.gz"_s), "new");
+    QVERIFY(writeFile(target + u"/a.tar.gz"_s, "old"));
+    QVERIFY(writeFile(folder.filePath(u"from/a.tar.gz"_s), "new"));
     FileCopies copies;
     copies.start({folder.filePath(u"from/a.tar.gz"_s), folder.filePath(u"from/missing"_s)}, target);
     QVERIFY(copies.isBusy());
@@ -150,9 +129,8 @@ void TestPanels::copies()
     QCOMPARE(copies.items().at(0).name, u"a.tar (2).gz"_s);
     QCOMPARE(copies.items().at(1).state, FileCopies::failed());
     QVERIFY(copies.hasFailures());
-    QFile kept(target + u"/a.tar.gz"_s);
-    QVERIFY(kept.open(QIODevice::ReadOnly));
-    QCOMPARE(kept.readAll(), QByteArray("old"));
+    QCOMPARE(contentOf(target + u"/a.tar.gz"_s), QByteArray("old"));
+    QCOMPARE(contentOf(target + u"/a.tar (2).gz"_s), QByteArray("new"));
     QCOMPARE(FileCopies::freeName(target, u"a.tar (2).gz"_s), u"a.tar (2) (2).gz"_s);
     QCOMPARE(FileCopies::freeName(target, u".hidden"_s), u".hidden"_s);
 }

@@ -4,9 +4,13 @@
 #include "login/QBChangePasswordController.h"
 #include "login/ServerSettingWindowController.h"
 #include "state/NotificationNames.h"
+#include "support/Files.h"
 
 #include <QAction>
 #include <QFile>
+#include <QTest>
+
+#include <csignal>
 
 namespace testing
 {
@@ -14,6 +18,12 @@ namespace testing
 DelegateFixture::DelegateFixture()
 {
     files.addReadyDriver();
+}
+
+DelegateFixture::~DelegateFixture()
+{
+    if (app && app->serviceRunning())
+        killService();
 }
 
 void DelegateFixture::useServer(const QJsonObject &scenario)
@@ -74,17 +84,8 @@ AppDelegate &DelegateFixture::delegate()
 
 DownloadApp &DelegateFixture::installer()
 {
-    const auto note = [this](const QString &program, const QStringList &arguments) {
-        const std::lock_guard lock(commandMutex);
-        commands.append(program + u' ' + arguments.join(u' '));
-    };
-    const auto run = [note](const QString &program, const QStringList &arguments) {
-        note(program, arguments);
+    const auto run = [](const QString &, const QStringList &) {
         return platform::TaskResult{.started = true, .status = 0, .output = {}};
-    };
-    const auto launch = [note](const QString &program, const QStringList &arguments) {
-        note(program, arguments);
-        return true;
     };
     if (!downloadApp)
         downloadApp = std::make_unique<DownloadApp>(
@@ -92,14 +93,8 @@ DownloadApp &DelegateFixture::installer()
             UpdatePlaces{host.folders.home() + QStringLiteral("/Downloads"),
                          host.folders.caches() + QStringLiteral("/installer.app"), host.folders.volumes(),
                          QStringLiteral("hdiutil"), files.bundle()},
-            UpdateCommands{run, launch});
+            UpdateCommands{run, [](const QString &, const QStringList &) { return true; }});
     return *downloadApp;
-}
-
-QStringList DelegateFixture::installerCommands()
-{
-    const std::lock_guard lock(commandMutex);
-    return commands;
 }
 
 void DelegateFixture::postLoginSuccess()
@@ -112,16 +107,21 @@ void DelegateFixture::addLastingService() const
     files.addService("echo \"$@\" > \"$0.arguments\"; echo $$ > \"$0.pid\"; exec sleep 60");
 }
 
-QByteArray DelegateFixture::serviceNote(const QString &suffix) const
+QString DelegateFixture::serviceFile(const QString &suffix) const
 {
-    QFile file(files.resource(QStringLiteral("FUSEService.app/Contents/MacOS/FUSEService.")) + suffix);
-    return file.open(QIODevice::ReadOnly) ? file.readAll().trimmed() : QByteArray();
+    return files.resource(QStringLiteral("FUSEService.app/Contents/MacOS/FUSEService.")) + suffix;
 }
 
-void DelegateFixture::forgetServiceNotes() const
+QByteArray DelegateFixture::serviceNote(const QString &suffix) const
 {
-    for (const QString &suffix : {QStringLiteral("arguments"), QStringLiteral("pid")})
-        QFile::remove(files.resource(QStringLiteral("FUSEService.app/Contents/MacOS/FUSEService.")) + suffix);
+    return contentOf(serviceFile(suffix));
+}
+
+void DelegateFixture::killService() const
+{
+    QTRY_VERIFY(serviceNote(QStringLiteral("pid")).endsWith('\n'));
+    ::kill(serviceNote(QStringLiteral("pid")).trimmed().toInt(), SIGKILL);
+    QFile::remove(serviceFile(QStringLiteral("pid")));
 }
 
 QWidget *DelegateFixture::visibleWindow(const QString &name)
@@ -132,20 +132,11 @@ QWidget *DelegateFixture::visibleWindow(const QString &name)
     return nullptr;
 }
 
-QStringList DelegateFixture::allEntries(AppDelegate &delegate)
+QStringList DelegateFixture::entries()
 {
     QStringList names;
-    for (const QAction *action : delegate.statusMenu().menu()->actions())
+    for (const QAction *action : delegate().statusMenu().menu()->actions())
         names.append(action->objectName());
-    return names;
-}
-
-QStringList DelegateFixture::visibleEntries(AppDelegate &delegate)
-{
-    QStringList names;
-    for (const QAction *action : delegate.statusMenu().menu()->actions())
-        if (action->isVisible() && action->isEnabled() && !action->menu())
-            names.append(action->objectName());
     return names;
 }
 

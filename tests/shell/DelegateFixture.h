@@ -10,7 +10,6 @@
 
 #include <atomic>
 #include <memory>
-#include <mutex>
 
 namespace testing
 {
@@ -24,6 +23,7 @@ struct NoTray : shell::TrayHost {
 /// The whole controller with its real windows, on a host of doubles and, where wanted, a real document server.
 struct DelegateFixture : ShellFixture {
     DelegateFixture();
+    ~DelegateFixture();
 
     /// Starts the document server and stores its address.
     void useServer(const QJsonObject &scenario = {});
@@ -31,27 +31,27 @@ struct DelegateFixture : ShellFixture {
     void signInAtServer();
     AppDelegate &delegate();
     void postLoginSuccess();
+    /// Finds nothing with its tools.
     DownloadApp &installer();
-    QStringList installerCommands();
-    /// A companion that stays until it is told or killed, and keeps its argument and process id.
+    /// A companion that stays until it is killed, at the latest with this object, and notes its "arguments" and "pid".
     void addLastingService() const;
     QByteArray serviceNote(const QString &suffix) const;
-    void forgetServiceNotes() const;
+    /// Once it has noted its process id.
+    void killService() const;
 
     bool loginShows() { return isVisible(delegate().loginFlow().loginWindow()); }
     bool serverWindowShows() { return isVisible(delegate().loginFlow().serverSettingWindow()); }
     static bool isVisible(const QBWindowController *controller) { return controller && controller->isVisible(); }
     static QWidget *visibleWindow(const QString &name);
-    static QStringList allEntries(AppDelegate &delegate);
-    static QStringList visibleEntries(AppDelegate &delegate);
+    /// Object names of the status menu's entries.
+    QStringList entries();
     QStringList posted() const;
+    QString serviceFile(const QString &suffix) const;
 
     std::unique_ptr<ServerFixture> server;
     std::shared_ptr<std::atomic<bool>> fontThere = std::make_shared<std::atomic<bool>>(true);
     QBClearCacheInformation clearCache{folder.filePath(QStringLiteral("clearCache.plist"))};
     int ended = 0;
-    std::mutex commandMutex;
-    QStringList commands;                     ///< of the installer, which finds nothing with them
     std::unique_ptr<DownloadApp> downloadApp; ///< waits for its work before what stands above goes
     std::unique_ptr<AppDelegate> app;
 };

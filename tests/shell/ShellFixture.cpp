@@ -2,15 +2,15 @@
 
 #include "platform/PropertyList.h"
 #include "state/PersistentKeys.h"
+#include "support/Files.h"
 
 #include <QAbstractButton>
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
 #include <QTest>
 #include <QTimer>
 
+#include <atomic>
 #include <memory>
+#include <mutex>
 #include <vector>
 
 namespace testing
@@ -30,36 +30,26 @@ shell::AlertPresenter AlertAnswers::presenter()
     };
 }
 
-namespace
-{
-void write(const QString &path, const QByteArray &content)
-{
-    QDir().mkpath(QFileInfo(path).path());
-    QFile file(path);
-    QVERIFY2(file.open(QIODevice::WriteOnly), qPrintable(path));
-    file.write(content);
-}
-} // namespace
-
 TestBundle::TestBundle(const QString &folder) : root(folder + QStringLiteral("/Quillbox.app"))
 {
+    writeFile(root + QStringLiteral("/Contents/MacOS/Quillbox"), "#!/bin/sh\n", 0700);
     QDir().mkpath(resource({}));
     platform::PropertyList::write(
         root + QStringLiteral("/Contents/Info.plist"),
         QVariantMap{{QStringLiteral("CFBundleIdentifier"), QStringLiteral("com.velto.quillbox")},
+                    {QStringLiteral("CFBundleExecutable"), QStringLiteral("Quillbox")},
                     {QStringLiteral("CFBundleShortVersionString"), QStringLiteral("1.2.3.4")}});
 }
 
 void TestBundle::addResource(const QString &name, const QByteArray &content) const
 {
-    write(resource(name), content);
+    QVERIFY(writeFile(resource(name), content));
 }
 
 void TestBundle::addService(const QByteArray &script) const
 {
     const QString program = resource(QStringLiteral("FUSEService.app/Contents/MacOS/FUSEService"));
-    write(program, "#!/bin/sh\n" + script + '\n');
-    QFile::setPermissions(program, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    QVERIFY(writeFile(program, "#!/bin/sh\n" + script + '\n', 0700));
 }
 
 void TestBundle::addReadyDriver() const
@@ -80,6 +70,46 @@ ClientServices ShellGround::services()
     own.version = QStringLiteral("1.2.3");
     own.encryptor = [this] { return MXRRSA::initWithCertificate(certificate); };
     return own;
+}
+
+class CompanionEnd::Listener : public GDUnixSocketServerDelegate
+{
+public:
+    void didReceiveData(GDUnixSocketServer &, const QByteArray &data, const QString &) override
+    {
+        const std::lock_guard lock(mutex);
+        messages.append(splitter.feed(data));
+    }
+    void didAcceptClientWithID(GDUnixSocketServer &, const QString &) override { ++clients; }
+
+    std::mutex mutex;
+    SocketMessageSplitter splitter;
+    QList<SocketMessage> messages;
+    std::atomic<int> clients = 0;
+};
+
+CompanionEnd::CompanionEnd(const QString &folder)
+    : path(folder + QStringLiteral("/search_socket")), listener(std::make_shared<Listener>()),
+      server(GDUnixSocketServer::initWithSocketPath(path))
+{
+    server->setDelegate(listener);
+    QVERIFY(server->listenWithError());
+}
+
+CompanionEnd::~CompanionEnd()
+{
+    server->close();
+}
+
+QList<SocketMessage> CompanionEnd::received() const
+{
+    const std::lock_guard lock(listener->mutex);
+    return listener->messages;
+}
+
+int CompanionEnd::connections() const
+{
+    return listener->clients;
 }
 
 namespace

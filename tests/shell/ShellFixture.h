@@ -2,6 +2,8 @@
 
 #include "api/HttpTransport.h"
 #include "api/QBNetworking.h"
+#include "channel/GDUnixSocketServer.h"
+#include "channel/SocketMessage.h"
 #include "platform/Bundle.h"
 #include "platform/NotificationCenter.h"
 #include "platform/UserDefaults.h"
@@ -43,6 +45,24 @@ public:
 
 private:
     const QString root;
+};
+
+/// The companion's end of the socket in that folder.
+class CompanionEnd
+{
+public:
+    explicit CompanionEnd(const QString &folder);
+    ~CompanionEnd();
+
+    QList<SocketMessage> received() const;
+    int connections() const;
+
+    const QString path;
+
+private:
+    class Listener;
+    const std::shared_ptr<Listener> listener;
+    const std::shared_ptr<GDUnixSocketServer> server;
 };
 
 /// What background calls refer to. Kept until the process ends, because such a call may outlive the test that caused

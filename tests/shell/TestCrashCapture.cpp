@@ -1,9 +1,10 @@
 #include "shell/CrashText.h"
 #include "shell/UncaughtExceptionHandler.h"
+#include "support/Cases.h"
+#include "support/Files.h"
 #include "support/TestMain.h"
 
 #include <QDir>
-#include <QFile>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryDir>
@@ -11,6 +12,7 @@
 
 #include <csignal>
 
+using namespace testing;
 using namespace Qt::StringLiterals;
 
 namespace
@@ -22,6 +24,31 @@ struct Crash {
     QByteArray output;
 };
 
+struct Uncaught {
+    const char *name;
+    QString way;
+    QByteArray exception;
+    bool tells; ///< has a text
+};
+const QList<Uncaught> Exceptions{{"exception", u"exception"_s, "std::runtime_error", true},
+                                 {"on a thread", u"exception on a thread"_s, "std::runtime_error", true},
+                                 {"no class", u"strange exception"_s, "int", false},
+                                 {"none", u"terminate"_s, "terminate", false}};
+
+struct Text {
+    const char *name;
+    QString text;
+    QString kept;
+};
+const QList<Text> Texts{
+    {"address", u"GET https://h/p?a=1&tokenid=x-y.z&b=2#f"_s, u"GET https://h/p?a=1&tokenid=***&b=2#f"_s},
+    {"JSON", u"{\"account\":\"ann\",\"password\":\"a \\\"b\",\"x\":1}"_s,
+     u"{\"account\":\"ann\",\"password\":***,\"x\":1}"_s},
+    {"header", u"Authorization: Bearer abc.def rest"_s, u"Authorization: *** rest"_s},
+    {"user information", u"http://ann:secret@h/p"_s, u"http://***@h/p"_s},
+    {"encoded", u"next=%3Ftokenid%3Dabc end"_s, u"next=%3Ftokenid%3D*** end"_s},
+    {"nothing secret", u"Stack:\n./a(+0x12) [0x55]\n"_s, u"Stack:\n./a(+0x12) [0x55]\n"_s}};
+
 } // namespace
 
 /// Real crashes of a real process.
@@ -32,14 +59,12 @@ private Q_SLOTS:
     void init();
     void reportsSignals_data();
     void reportsSignals();
-    void reportsExceptions_data();
+    void reportsExceptions_data() { addCases(Exceptions); }
     void reportsExceptions();
     void tellsTheExceptionUnderItsLabels();
-    void boundsTheReports_data();
     void boundsTheReports();
-    void survivesWithoutAFolder_data();
     void survivesWithoutAFolder();
-    void keepsSecretsOut_data();
+    void keepsSecretsOut_data() { addCases(Texts); }
     void keepsSecretsOut();
 
 private:
@@ -61,6 +86,7 @@ Crash TestCrashCapture::crash(const QString &way, const QString &where) const
 {
     QProcess process;
     process.setProcessChannelMode(QProcess::MergedChannels);
+    process.setWorkingDirectory(folder->path());
     process.start(QStringLiteral(CRASHER), {where.isNull() ? caches : where, way});
     if (!process.waitForFinished(20'000)) {
         process.kill();
@@ -82,8 +108,7 @@ QByteArray TestCrashCapture::onlyReport(const QString &kind) const
     const QStringList found = reports(kind);
     if (found.size() != 1 || !name.match(found.first()).hasMatch())
         return "not one report: " + found.join(u' ').toUtf8();
-    QFile file(caches + u'/' + kind + u'/' + found.first());
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : "not readable"_ba;
+    return contentOf(caches + u'/' + kind + u'/' + found.first());
 }
 
 void TestCrashCapture::reportsSignals_data()
@@ -118,28 +143,16 @@ void TestCrashCapture::reportsSignals()
     QVERIFY(reports(u"OCCrash"_s).isEmpty());
 }
 
-void TestCrashCapture::reportsExceptions_data()
-{
-    QTest::addColumn<QString>("way");
-    QTest::addColumn<QByteArray>("name");
-    QTest::newRow("exception") << u"exception"_s << "std::runtime_error"_ba;
-    QTest::newRow("on a thread") << u"exception on a thread"_s << "std::runtime_error"_ba;
-    QTest::newRow("no class") << u"strange exception"_s << "int"_ba;
-    QTest::newRow("none") << u"terminate"_s << "terminate"_ba;
-}
-
 void TestCrashCapture::reportsExceptions()
 {
-    QFETCH(const QString, way);
-    QFETCH(const QByteArray, name);
+    const auto &[name, way, exception, tells] = currentCase(Exceptions);
     const Crash end = crash(way);
     QCOMPARE(end.signal, SIGABRT);
     QVERIFY(end.output.contains("write OCCrash sucess:1"));
     const QByteArray report = onlyReport(u"OCCrash"_s);
-    QVERIFY2(report.startsWith("Exception reason：" + name + "\nException name："), report.constData());
+    QVERIFY2(report.startsWith("Exception reason：" + exception + "\nException name："), report.constData());
     QVERIFY2(report.contains("\nException stack：(\n    \"") && report.endsWith(')'), report.constData());
-    if (way != u"terminate"_s && way != u"strange exception"_s)
-        QVERIFY(report.contains("no answer from https://"));
+    QCOMPARE(report.contains("no answer from https://"), tells);
     QVERIFY(onlyReport(u"SigCrash"_s).startsWith("Stack:\n")); // of the abort that follows
     for (const char *secret : {"token-1", "pass-1", "word-1"})
         QVERIFY2(!report.contains(secret) && !end.output.contains(secret), secret);
@@ -151,62 +164,30 @@ void TestCrashCapture::tellsTheExceptionUnderItsLabels()
              u"Exception reason：n\nException name：r\nException stack：(\n    \"a\",\n    \"b\"\n)"_s);
 }
 
-void TestCrashCapture::boundsTheReports_data()
-{
-    QTest::addColumn<int>("before");
-    QTest::addColumn<int>("after");
-    QTest::newRow("10000") << 10'000 << 10'001;
-    QTest::newRow("10001") << 10'001 << 1;
-}
-
 void TestCrashCapture::boundsTheReports()
 {
-    QFETCH(const int, before);
-    QFETCH(const int, after);
     const QString kind = caches + u"/SigCrash"_s;
     QVERIFY(QDir().mkpath(kind + u"/a folder"_s));
-    for (int i = 1; i < before; ++i) {
-        QFile report(kind + u"/error%1.log"_s.arg(i));
-        QVERIFY(report.open(QIODevice::WriteOnly));
-    }
-    QCOMPARE(crash(u"segv"_s).signal, SIGSEGV);
-    QCOMPARE(reports(u"SigCrash"_s).size(), after);
-}
-
-void TestCrashCapture::survivesWithoutAFolder_data()
-{
-    QTest::addColumn<QString>("where");
-    QTest::newRow("none") << u""_s;
-    QTest::newRow("not a folder") << u"/dev/null"_s;
-    QTest::newRow("too long") << u'/' + QString(5000, u'a');
+    for (int count = 1; count < 10'000; ++count)
+        QVERIFY(writeFile(kind + u"/error%1.log"_s.arg(count), {}));
+    crash(u"segv"_s);
+    QCOMPARE(reports(u"SigCrash"_s).size(), 10'001);
+    crash(u"segv"_s);
+    QCOMPARE(reports(u"SigCrash"_s).size(), 1);
 }
 
 void TestCrashCapture::survivesWithoutAFolder()
 {
-    QFETCH(const QString, where);
-    const Crash end = crash(u"segv"_s, where);
-    QCOMPARE(end.signal, SIGSEGV);
-    QVERIFY(end.output.contains("write SigCrash sucess:0\n"));
-}
-
-void TestCrashCapture::keepsSecretsOut_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("kept");
-    QTest::newRow("address") << u"GET https://h/p?a=1&tokenid=x-y.z&b=2#f"_s
-                             << u"GET https://h/p?a=1&tokenid=***&b=2#f"_s;
-    QTest::newRow("JSON") << u"{\"account\":\"ann\",\"password\":\"a \\\"b\",\"x\":1}"_s
-                          << u"{\"account\":\"ann\",\"password\":***,\"x\":1}"_s;
-    QTest::newRow("header") << u"Authorization: Bearer abc.def rest"_s << u"Authorization: *** rest"_s;
-    QTest::newRow("user information") << u"http://ann:secret@h/p"_s << u"http://***@h/p"_s;
-    QTest::newRow("encoded") << u"next=%3Ftokenid%3Dabc end"_s << u"next=%3Ftokenid%3D*** end"_s;
-    QTest::newRow("nothing secret") << u"Stack:\n./a(+0x12) [0x55]\n"_s << u"Stack:\n./a(+0x12) [0x55]\n"_s;
+    for (const QString &where : {u""_s, u"/dev/null"_s, u'/' + QString(5000, u'a')}) {
+        const Crash end = crash(u"segv"_s, where);
+        QCOMPARE(end.signal, SIGSEGV);
+        QVERIFY(end.output.contains("write SigCrash sucess:0\n"));
+    }
 }
 
 void TestCrashCapture::keepsSecretsOut()
 {
-    QFETCH(const QString, text);
-    QFETCH(const QString, kept);
+    const auto &[name, text, kept] = currentCase(Texts);
     QCOMPARE(shell::withoutSecrets(text), kept);
 }
 

@@ -1,171 +1,159 @@
 #include "ShellFixture.h"
 
 #include "shell/DriverSetup.h"
+#include "support/Cases.h"
+#include "support/Files.h"
 #include "support/TestMain.h"
 
-#include <QFile>
 #include <QTest>
 
 using namespace testing;
+using namespace Qt::StringLiterals;
 using shell::DriverSetup;
+using shell::DriverState;
 
 namespace
 {
 constexpr shell::DriverPauses Quick{.check = std::chrono::milliseconds(5),
                                     .patience = std::chrono::milliseconds(10),
                                     .settle = std::chrono::milliseconds(5)};
-const QByteArray BothPackages = "com.github.osxfuse.pkg.Core\ncom.github.osxfuse.pkg.PrefPane\n";
+const QByteArray Core = "com.github.osxfuse.pkg.Core\n";
+const QByteArray BothPackages = Core + "com.github.osxfuse.pkg.PrefPane\n";
+constexpr int Ends = -1; ///< the application is asked to end
+
+struct Installed {
+    const char *name;
+    QByteArray lines; ///< null: no check script
+    QString version;
+    int silent; ///< must it be installed, when nobody may be asked
+    int agreed; ///< … when the user chooses the first button, if there is a question
+    int refused;
+};
+const QList<Installed> InstalledCases{
+    {"no check", {}, u"3.10.4"_s, 1, 1, 1},
+    {"nothing installed", "", u"3.10.4"_s, 1, 1, Ends},
+    {"one package", Core, u"3.10.4"_s, 1, 1, Ends},
+    {"other package", Core + "xcom.github.osxfuse.pkg.PrefPane\n", u"3.10.4"_s, 1, 1, Ends},
+    {"no property list", BothPackages, {}, 1, 1, 1},
+    {"older", BothPackages, u"3.9.12"_s, 1, 1, 0},
+    {"equal", BothPackages, u"3.10.4"_s, 0, 0, 0},
+    {"newer", BothPackages, u"3.10.10"_s, 0, 0, 0}};
+
+struct EarlyLook {
+    const char *name;
+    DriverState early;
+    bool now; ///< the driver is there
+    int questions;
+};
+const QList<EarlyLook> EarlyLooks{{"good news saves a look", DriverState::Ready, false, 0},
+                                  {"installed meanwhile", DriverState::PackagesMissing, true, 0},
+                                  {"still missing", DriverState::PackagesMissing, false, 1}};
+
+struct Scene : ShellFixture {
+    explicit Scene(int code) { alerts.codes = {code}; }
+
+    /// What the check finds; null lines: there is no check script.
+    void find(const QByteArray &lines, const QString &version)
+    {
+        if (!lines.isNull())
+            files.addResource(u"checkFuse.sh"_s, "printf '" + QByteArray(lines).replace('\n', "\\n") + "'");
+        host.driver.version = version;
+    }
+
+    /// Made when it is first asked for, with the resources that are there by then.
+    DriverSetup &driver()
+    {
+        if (!setup)
+            setup.emplace(
+                host.host, files.bundle(), volume(), alerts.presenter(), [this] { ended = true; }, Quick);
+        return *setup;
+    }
+
+    bool ended = false;
+
+private:
+    std::optional<DriverSetup> setup;
+};
 } // namespace
 
 class TestDriverSetup : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void check_data();
+    void check_data() { addCases(InstalledCases); }
     void check();
     void installs();
     void goesOnWithoutAnOldDriver();
-    void earlyLook_data();
+    void earlyLook_data() { addCases(EarlyLooks); }
     void earlyLook();
-    void findsTheInstaller();
 };
-
-void TestDriverSetup::check_data()
-{
-    QTest::addColumn<QByteArray>("lines"); // null: no check script
-    QTest::addColumn<QString>("version");
-    QTest::addColumn<bool>("prompt");
-    QTest::addColumn<int>("code");   // 0: nobody may be asked
-    QTest::addColumn<int>("needed"); // -1: the application is asked to end
-    const auto rows = [](const char *name, const QByteArray &lines, const QString &version, int silent, int first,
-                         int second) {
-        QTest::addRow("%s, silent", name) << lines << version << false << 0 << silent;
-        const bool asks = first != second;
-        QTest::addRow("%s, install", name) << lines << version << true << (asks ? 1000 : 0) << first;
-        QTest::addRow("%s, not now", name) << lines << version << true << (asks ? 1001 : 0) << second;
-    };
-    const QString current = QStringLiteral("3.10.4");
-    rows("no check", {}, current, 1, 1, 1);
-    rows("nothing installed", "", current, 1, 1, -1);
-    rows("one package", "com.github.osxfuse.pkg.Core\n", current, 1, 1, -1);
-    rows("other package", "com.github.osxfuse.pkg.Core\nxcom.github.osxfuse.pkg.PrefPane\n", current, 1, 1, -1);
-    rows("no property list", BothPackages, {}, 1, 1, 1);
-    rows("older", BothPackages, QStringLiteral("3.9.12"), 1, 1, 0);
-    rows("equal", BothPackages, current, 0, 0, 0);
-    rows("newer", BothPackages, QStringLiteral("3.10.10"), 0, 0, 0);
-}
 
 void TestDriverSetup::check()
 {
-    QFETCH(QByteArray, lines);
-    QFETCH(QString, version);
-    QFETCH(bool, prompt);
-    QFETCH(int, code);
-    QFETCH(int, needed);
-    ShellFixture fixture;
-    if (!lines.isNull())
-        fixture.files.addResource(QStringLiteral("checkFuse.sh"), "printf '" + lines.replace('\n', "\\n") + "'");
-    fixture.host.driver.version = version;
-    fixture.alerts.codes = {code};
-    int answer = -2;
-    DriverSetup driver(
-        fixture.host.host, fixture.files.bundle(), fixture.volume(), fixture.alerts.presenter(), [&] { answer = -1; },
-        Quick);
-    driver.checkNeedInstallFuse(prompt, [&](bool install) { answer = install; });
-    QTRY_COMPARE(answer, needed);
-    QCOMPARE(fixture.alerts.texts.size(), code ? 1 : 0);
-    if (code) {
-        QVERIFY2(fixture.alerts.texts.first().endsWith(QLatin1String("3.10.4")),
-                 qPrintable(fixture.alerts.texts.first()));
-        QVERIFY(fixture.alerts.texts.first().startsWith(u'|'));
-        QCOMPARE(fixture.alerts.buttons.first().size(), 2);
+    const auto &[name, lines, version, silent, agreed, refused] = currentCase(InstalledCases);
+    const bool asks = agreed != refused;
+    for (const auto &[prompt, code, expected] :
+         QList<std::tuple<bool, int, int>>{{false, 1000, silent}, {true, 1000, agreed}, {true, 1001, refused}}) {
+        Scene scene(code);
+        scene.find(lines, version);
+        std::optional<bool> needed;
+        scene.driver().checkNeedInstallFuse(prompt, [&](bool install) { needed = install; });
+        QTRY_VERIFY(needed || scene.ended);
+        QCOMPARE(scene.ended ? Ends : int(*needed), expected);
+        QCOMPARE(scene.alerts.texts.size(), prompt && asks ? 1 : 0);
+        for (const QString &text : std::as_const(scene.alerts.texts))
+            QVERIFY2(text.startsWith(u'|') && text.endsWith(u"3.10.4"), qPrintable(text));
+        QCOMPARE(scene.alerts.buttons.value(0).size(), prompt && asks ? 2 : 0);
     }
 }
 
 /// Packages missing, the user agrees; the check turns positive only after the third look.
 void TestDriverSetup::installs()
 {
-    ShellFixture fixture;
-    const QString state = fixture.folder.filePath(QStringLiteral("looks"));
-    fixture.files.addResource(
-        QStringLiteral("checkFuse.sh"),
-        "echo x >> " + state.toUtf8() + "\n[ $(wc -l < " + state.toUtf8() +
-            ") -gt 3 ] && printf 'com.github.osxfuse.pkg.Core\\ncom.github.osxfuse.pkg.PrefPane\\n'");
-    fixture.files.addResource(QStringLiteral("osxfuse-3.10.4.dmg"), "image");
-    const QString started = fixture.folder.filePath(QStringLiteral("started"));
-    fixture.files.addResource(QStringLiteral("autoInstallFuse.scpt"), "echo \"$1\" > " + started.toUtf8());
-    const QString installer = fixture.host.folders.volumes() + QStringLiteral("/FUSE for macOS");
-    const QString second = installer + QStringLiteral(" 1");
-    fixture.host.volumes.mounted = {QStringLiteral("/"), second, fixture.volume()};
-    fixture.alerts.codes = {1000};
+    Scene scene(1000);
+    const QByteArray looks = scene.folder.filePath(u"looks"_s).toUtf8();
+    scene.files.addResource(u"checkFuse.sh"_s, "echo x >> " + looks + "\n[ $(wc -l < " + looks +
+                                                   ") -gt 3 ] && printf '" +
+                                                   QByteArray(BothPackages).replace('\n', "\\n") + "'");
+    scene.files.addResource(u"osxfuse-3.10.4.dmg"_s, "image");
+    const QString started = scene.folder.filePath(u"started"_s);
+    scene.files.addResource(u"autoInstallFuse.scpt"_s, "echo \"$1\" > " + started.toUtf8());
+    const QString second = scene.host.folders.volumes() + u"/FUSE for macOS 1"_s;
+    scene.host.volumes.mounted = {u"/"_s, second, scene.volume()};
     bool done = false;
-    DriverSetup driver(
-        fixture.host.host, fixture.files.bundle(), fixture.volume(), fixture.alerts.presenter(),
-        [] { QFAIL("asked to end"); }, Quick);
-    driver.checkFuseInstalled([&] { done = true; });
+    scene.driver().checkFuseInstalled([&] { done = true; });
     QTRY_VERIFY(done);
-    const QList<std::pair<QString, bool>> detached{{second, true}, {fixture.volume(), true}};
-    QCOMPARE(fixture.host.volumes.unmounted, detached);
-    QFile log(started);
-    QTRY_VERIFY(log.exists() && log.size() > 0);
-    QVERIFY(log.open(QIODevice::ReadOnly));
-    QCOMPARE(QString::fromUtf8(log.readAll()).trimmed(), fixture.files.resource(QStringLiteral("osxfuse-3.10.4.dmg")));
-    QCOMPARE(fixture.alerts.texts.size(), 1); // looking at a running installation asks nobody
+    const QList<std::pair<QString, bool>> detached{{second, true}, {scene.volume(), true}};
+    QCOMPARE(scene.host.volumes.unmounted, detached);
+    QTRY_COMPARE(QString::fromUtf8(contentOf(started)), scene.files.resource(u"osxfuse-3.10.4.dmg"_s) + u'\n');
+    QCOMPARE(scene.alerts.texts.size(), 1); // looking at a running installation asks nobody
+    QVERIFY(!scene.ended);
 }
 
 void TestDriverSetup::goesOnWithoutAnOldDriver()
 {
-    ShellFixture fixture;
-    fixture.files.addReadyDriver();
-    fixture.host.driver.version = QStringLiteral("3.1");
-    fixture.alerts.codes = {1001};
+    Scene scene(1001);
+    scene.find(BothPackages, u"3.1"_s);
     bool done = false;
-    DriverSetup driver(
-        fixture.host.host, fixture.files.bundle(), fixture.volume(), fixture.alerts.presenter(),
-        [] { QFAIL("asked to end"); }, Quick);
-    driver.checkFuseInstalled([&] { done = true; });
+    scene.driver().checkFuseInstalled([&] { done = true; });
     QTRY_VERIFY(done);
-    QVERIFY(fixture.host.volumes.unmounted.isEmpty());
-}
-
-void TestDriverSetup::earlyLook_data()
-{
-    QTest::addColumn<shell::DriverState>("early");
-    QTest::addColumn<bool>("now"); // the driver is there
-    QTest::addColumn<int>("questions");
-    QTest::newRow("good news saves a look") << shell::DriverState::Ready << false << 0;
-    QTest::newRow("installed meanwhile") << shell::DriverState::PackagesMissing << true << 0;
-    QTest::newRow("still missing") << shell::DriverState::PackagesMissing << false << 1;
+    QVERIFY(scene.host.volumes.unmounted.isEmpty() && !scene.ended);
 }
 
 void TestDriverSetup::earlyLook()
 {
-    QFETCH(shell::DriverState, early);
-    QFETCH(bool, now);
-    QFETCH(int, questions);
-    ShellFixture fixture;
-    fixture.files.addResource(QStringLiteral("checkFuse.sh"), now ? "printf '" + BothPackages + "'" : QByteArray());
-    fixture.host.driver.version = QStringLiteral("3.10.4");
-    fixture.alerts.codes = {1000};
-    std::promise<shell::DriverState> look;
-    DriverSetup driver(
-        fixture.host.host, fixture.files.bundle(), fixture.volume(), fixture.alerts.presenter(), [] {}, Quick);
-    driver.useEarlyLook(look.get_future().share());
+    const auto &[name, early, now, questions] = currentCase(EarlyLooks);
+    Scene scene(1000);
+    scene.find(now ? BothPackages : "", u"3.10.4"_s);
+    std::promise<DriverState> look;
+    scene.driver().useEarlyLook(look.get_future().share());
     int needed = -1;
-    driver.checkNeedInstallFuse(true, [&](bool install) { needed = install; });
+    scene.driver().checkNeedInstallFuse(true, [&](bool install) { needed = install; });
     look.set_value(early);
     QTRY_COMPARE(needed, questions);
-    QCOMPARE(fixture.alerts.texts.size(), questions);
-    driver.checkNeedInstallFuse(false, [&](bool install) { needed = 2 + install; });
+    QCOMPARE(scene.alerts.texts.size(), questions);
+    scene.driver().checkNeedInstallFuse(false, [&](bool install) { needed = 2 + install; });
     QTRY_COMPARE(needed, now ? 2 : 3); // old news counts once
-}
-
-void TestDriverSetup::findsTheInstaller()
-{
-    FakeWorkspace workspace;
-    QVERIFY(!DriverSetup::CheckFuseInstaller(workspace));
-    workspace.running = {{QStringLiteral("com.apple.installer"), 7}};
-    QVERIFY(DriverSetup::CheckFuseInstaller(workspace));
 }
 
 REGISTER_TEST(TestDriverSetup)

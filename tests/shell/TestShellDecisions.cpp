@@ -1,17 +1,17 @@
-#include "shell/DriverSetup.h"
 #include "shell/LoginFlow.h"
 #include "shell/LoginSuccess.h"
 #include "shell/ServerCheck.h"
-#include "shell/Termination.h"
 #include "shell/VersionComparison.h"
 #include "shell/WebClientAddress.h"
-
+#include "support/Cases.h"
 #include "support/TestMain.h"
 
 #include <QJsonDocument>
 #include <QTest>
 
 using namespace shell;
+using namespace testing;
+using namespace Qt::StringLiterals;
 
 namespace
 {
@@ -20,6 +20,70 @@ ServerReply reply(const QByteArray &json)
 {
     return json.isNull() ? ServerReply() : QJsonDocument::fromJson(json).object();
 }
+
+struct Comparison {
+    const char *name;
+    QString first;
+    QString second;
+    int order;
+};
+const QList<Comparison> Comparisons{{"more digits", u"3.10.10"_s, u"3.10.4"_s, 1},
+                                    {"equal", u"3.10.4"_s, u"3.10.4"_s, 0},
+                                    {"older", u"3.9.99"_s, u"3.10.4"_s, -1},
+                                    {"shorter", u"3.10"_s, u"3.10.4"_s, -1},
+                                    {"leading zeros", u"03.010.4"_s, u"3.10.4"_s, 0},
+                                    {"one number", u"4"_s, u"3.10.4"_s, 1},
+                                    {"none", u""_s, u"3.10.4"_s, -1},
+                                    {"huge", u"3.99999999999999999999999999"_s, u"3.10.4"_s, 1},
+                                    {"no number", u"beta"_s, u"3.10.4"_s, 1}};
+
+using Step = ServerCheckOutcome::Step;
+struct VersionCheck {
+    const char *name;
+    int code;
+    QByteArray json;
+    Step step;
+};
+const QList<VersionCheck> VersionChecks{
+    {"ok", 0, R"({"result":"ok"})", Step::Login},
+    {"no result", 0, "{}", Step::Login},
+    {"null result", 0, R"({"result":null})", Step::Login},
+    {"no reply", 0, {}, Step::Login},
+    {"optional", 0, R"({"result":"optional"})", Step::UpdatePrompt},
+    {"result of another type", 0, R"({"result":7})", Step::UpdatePrompt},
+    {"no packages, whatever comes with it", 400003, R"({"result":"forced"})", Step::Login},
+    {"illegal parameter", 400002, {}, Step::ServerWindowWithError},
+    {"error beside ok", 500001, R"({"result":"ok"})", Step::ServerWindowWithError}};
+
+struct Terms {
+    const char *name;
+    QByteArray config;
+    QByteArray user;
+    bool shown;
+};
+const QByteArray PopUp = R"({"autoPopUserAgreement":true,"agreementText":"terms"})";
+const QList<Terms> TermsCases{
+    {"must, not agreed", PopUp, R"({"agreedtotermsofuse":false})", true},
+    {"must, agreed", PopUp, R"({"agreedtotermsofuse":true})", false},
+    {"must, state unknown", PopUp, {}, true},
+    {"need not, not agreed", R"({"autoPopUserAgreement":false,"agreementText":"terms"})", "{}", false},
+    {"nothing known", {}, {}, false},
+    {"wrong types", R"({"autoPopUserAgreement":{}})", "[]", false}};
+
+struct WebClient {
+    const char *name;
+    bool https;
+    int version;
+    QString token;
+    QString address;
+};
+const QList<WebClient> WebClients{
+    {"old", false, 5, u"t"_s,
+     u"http://h:81/#/jumping?action=redirect&target=userdoc&userid=u&tokenid=t&platform=mac"_s},
+    {"new", true, 6, u"t"_s, u"https://h:81/login?redirect=/home/documents/all&userid=u&tokenid=t&platform=mac"_s},
+    {"no token", true, 7, {}, u"https://h"_s},
+    {"empty token", false, 6, u""_s,
+     u"http://h:81/login?redirect=/home/documents/all&userid=u&tokenid=&platform=mac"_s}};
 } // namespace
 
 /// Decisions without windows, processes or servers.
@@ -27,170 +91,53 @@ class TestShellDecisions : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void versions_data();
+    void versions_data() { addCases(Comparisons); }
     void versions();
-    void versionPieces();
-    void versionCheck_data();
+    void pieces();
+    void versionCheck_data() { addCases(VersionChecks); }
     void versionCheck();
-    void agreement_data();
+    void agreement_data() { addCases(TermsCases); }
     void agreement();
-    void webClient_data();
+    void webClient_data() { addCases(WebClients); }
     void webClient();
-    void backToLogin();
-    void quitting();
 };
-
-void TestShellDecisions::versions_data()
-{
-    QTest::addColumn<QString>("first");
-    QTest::addColumn<QString>("second");
-    QTest::addColumn<int>("order");
-    const auto row = [](const char *first, const char *second, int order) {
-        QTest::addRow("%s against %s", first, second)
-            << QString::fromLatin1(first) << QString::fromLatin1(second) << order;
-    };
-    row("3.10.10", "3.10.4", 1);
-    row("3.10.4", "3.10.4", 0);
-    row("3.9.99", "3.10.4", -1);
-    row("3.10", "3.10.4", -1);
-    row("3.10.4.1", "3.10.4", 1);
-    row("03.010.4", "3.10.4", 0);
-    row("4", "3.10.4", 1);
-    row("", "3.10.4", -1);
-    row("3.99999999999999999999999999", "3.10.4", 1);
-    row("beta", "3.10.4", 1);
-}
 
 void TestShellDecisions::versions()
 {
-    QFETCH(QString, first);
-    QFETCH(QString, second);
-    QFETCH(int, order);
+    const auto &[name, first, second, order] = currentCase(Comparisons);
     QCOMPARE(qBound(-1, compareNumerically(first, second), 1), order);
     QCOMPARE(qBound(-1, compareNumerically(second, first), 1), -order);
 }
 
-void TestShellDecisions::versionPieces()
+void TestShellDecisions::pieces()
 {
-    QCOMPARE(threeComponentVersion(QStringLiteral("1.2.3.456")), QStringLiteral("1.2.3"));
-    QCOMPARE(threeComponentVersion(QStringLiteral("7")), QStringLiteral("7.0.0"));
-    QCOMPARE(leadingInteger(QStringLiteral("6.0.2-3")), 6);
-    QCOMPARE(leadingInteger(QStringLiteral("v6")), 0);
-}
-
-void TestShellDecisions::versionCheck_data()
-{
-    using Step = ServerCheckOutcome::Step;
-    QTest::addColumn<int>("code");
-    QTest::addColumn<QByteArray>("json");
-    QTest::addColumn<int>("step");
-    const auto row = [](const char *name, int code, const QByteArray &json, Step step) {
-        QTest::newRow(name) << code << json << static_cast<int>(step);
-    };
-    row("ok", 0, R"({"result":"ok"})", Step::Login);
-    row("no result", 0, "{}", Step::Login);
-    row("null result", 0, R"({"result":null})", Step::Login);
-    row("no reply", 0, {}, Step::Login);
-    row("optional", 0, R"({"result":"optional"})", Step::UpdatePrompt);
-    row("forced", 0, R"({"result":"forced"})", Step::UpdatePrompt);
-    row("result of another type", 0, R"({"result":7})", Step::UpdatePrompt);
-    row("no packages, whatever comes with it", 400003, R"({"result":"forced"})", Step::Login);
-    row("illegal parameter", 400002, {}, Step::ServerWindowWithError);
-    row("error beside ok", 500001, R"({"result":"ok"})", Step::ServerWindowWithError);
-    row("transport", -1001, {}, Step::ServerWindowWithError);
+    QCOMPARE(helpAddress(u"http://help/?a=b"_s, u"1.2.3.4"_s), u"http://help/?a=b&version=1.2.3"_s);
+    QCOMPARE(threeComponentVersion(u"7"_s), u"7.0.0"_s);
+    QCOMPARE(leadingInteger(u"6.0.2-3"_s), 6);
+    QCOMPARE(leadingInteger(u"v6"_s), 0);
+    QCOMPARE(decideBackToLogin(true, true), BackToLogin::FlipFromReset);
+    QCOMPARE(decideBackToLogin(false, true), BackToLogin::ShowAtOnce);
 }
 
 void TestShellDecisions::versionCheck()
 {
-    QFETCH(int, code);
-    QFETCH(QByteArray, json);
-    QFETCH(int, step);
-    const QBError error = code ? QBError::withText(QBError::serverDomain(), code, QStringLiteral("why")) : QBError();
+    const auto &[name, code, json, step] = currentCase(VersionChecks);
+    const QBError error = code ? QBError::withText(QBError::serverDomain(), code, u"why"_s) : QBError();
     const ServerCheckOutcome outcome = outcomeOfVersionCheck(error, reply(json));
-    QCOMPARE(static_cast<int>(outcome.step), step);
-    const bool tells = outcome.step == ServerCheckOutcome::Step::ServerWindowWithError;
-    QCOMPARE(outcome.text, tells ? QStringLiteral("why") : QString());
-}
-
-void TestShellDecisions::agreement_data()
-{
-    QTest::addColumn<QByteArray>("config");
-    QTest::addColumn<QByteArray>("user");
-    QTest::addColumn<bool>("shown");
-    const QByteArray pop = R"({"autoPopUserAgreement":true,"agreementText":"terms"})";
-    QTest::newRow("must, not agreed") << pop << QByteArray(R"({"agreedtotermsofuse":false})") << true;
-    QTest::newRow("must, agreed") << pop << QByteArray(R"({"agreedtotermsofuse":true})") << false;
-    QTest::newRow("must, state unknown") << pop << QByteArray() << true;
-    QTest::newRow("need not, not agreed") << QByteArray(R"({"autoPopUserAgreement":false,"agreementText":"terms"})")
-                                          << QByteArray(R"({"agreedtotermsofuse":false})") << false;
-    QTest::newRow("nothing known") << QByteArray() << QByteArray() << false;
-    QTest::newRow("wrong types") << QByteArray(R"({"autoPopUserAgreement":{}})") << QByteArray("[]") << false;
+    QCOMPARE(outcome.step, step);
+    QCOMPARE(outcome.text, step == Step::ServerWindowWithError ? u"why"_s : QString());
 }
 
 void TestShellDecisions::agreement()
 {
-    QFETCH(QByteArray, config);
-    QFETCH(QByteArray, user);
-    QFETCH(bool, shown);
-    const std::optional<QString> text = agreementToShow(reply(config), reply(user));
-    QCOMPARE(text.has_value(), shown);
-    if (shown)
-        QCOMPARE(*text, QStringLiteral("terms"));
-}
-
-void TestShellDecisions::webClient_data()
-{
-    QTest::addColumn<bool>("https");
-    QTest::addColumn<int>("version");
-    QTest::addColumn<QString>("token");
-    QTest::addColumn<QString>("address");
-    QTest::newRow("old") << false << 5 << QStringLiteral("t")
-                         << QStringLiteral(
-                                "http://h:81/#/jumping?action=redirect&target=userdoc&userid=u&tokenid=t&platform=mac");
-    QTest::newRow("version unknown")
-        << true << 0 << QStringLiteral("t")
-        << QStringLiteral("https://h:81/#/jumping?action=redirect&target=userdoc&userid=u&tokenid=t&platform=mac");
-    QTest::newRow("new") << true << 6 << QStringLiteral("t")
-                         << QStringLiteral(
-                                "https://h:81/login?redirect=/home/documents/all&userid=u&tokenid=t&platform=mac");
-    QTest::newRow("no token") << true << 7 << QString() << QStringLiteral("https://h");
-    QTest::newRow("empty token")
-        << false << 6 << QStringLiteral("")
-        << QStringLiteral("http://h:81/login?redirect=/home/documents/all&userid=u&tokenid=&platform=mac");
+    const auto &[name, config, user, shown] = currentCase(TermsCases);
+    QCOMPARE(agreementToShow(reply(config), reply(user)), shown ? std::optional(u"terms"_s) : std::nullopt);
 }
 
 void TestShellDecisions::webClient()
 {
-    QFETCH(bool, https);
-    QFETCH(int, version);
-    QFETCH(QString, token);
-    QFETCH(QString, address);
-    QCOMPARE(webClientAddress({.server = QStringLiteral("h"),
-                               .https = https,
-                               .port = QStringLiteral("81"),
-                               .serverVersion = version,
-                               .userID = QStringLiteral("u"),
-                               .tokenID = token}),
-             address);
-    QCOMPARE(helpAddress(QStringLiteral("http://help/?a=b"), QStringLiteral("1.2.3.4")),
-             QStringLiteral("http://help/?a=b&version=1.2.3"));
-}
-
-void TestShellDecisions::backToLogin()
-{
-    QCOMPARE(decideBackToLogin(true, true), BackToLogin::FlipFromReset);
-    QCOMPARE(decideBackToLogin(true, false), BackToLogin::FlipFromReset);
-    QCOMPARE(decideBackToLogin(false, true), BackToLogin::ShowAtOnce);
-    QCOMPARE(decideBackToLogin(false, false), BackToLogin::FlipFromServer);
-}
-
-void TestShellDecisions::quitting()
-{
-    for (const bool mounted : {false, true})
-        for (const bool running : {false, true}) {
-            QCOMPARE(quitNeedsVolumeCheck(mounted, running), mounted && running);
-            QCOMPARE(mustAskToForceQuit(mounted, running), mounted && running);
-        }
+    const auto &[name, https, version, token, address] = currentCase(WebClients);
+    QCOMPARE(webClientAddress({u"h"_s, https, u"81"_s, version, u"u"_s, token}), address);
 }
 
 REGISTER_TEST(TestShellDecisions)

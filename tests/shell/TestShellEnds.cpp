@@ -1,49 +1,58 @@
 #include "DelegateFixture.h"
 
+#include "login/UserProtocolWindowController.h"
 #include "platform/PropertyList.h"
 #include "shell/ProcessEnd.h"
+#include "support/Cases.h"
 #include "support/TestMain.h"
 
 #include <QEventLoop>
 #include <QTest>
 #include <QTimer>
 
-#include <csignal>
-
 using namespace testing;
 using namespace Qt::StringLiterals;
+
+namespace
+{
+struct Reopening {
+    const char *name;
+    bool signedIn;
+    bool window;
+    bool startsService;
+};
+const QList<Reopening> Reopenings{{"signed in, no window", true, false, true},
+                                  {"signed in, a window", true, true, false},
+                                  {"signed out, no window", false, false, false}};
+
+struct FinderScript {
+    const char *name;
+    QByteArray script;
+    bool works;
+};
+const QList<FinderScript> FinderScripts{
+    {"missing", {}, false}, {"silent", "true", true}, {"prints", "echo trouble", false}};
+} // namespace
 
 /// What a user who comes back, leaves or asks for help of the host meets.
 class TestShellEnds : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void reopen_data();
+    void reopen_data() { addCases(Reopenings); }
     void reopen();
+    void windowsOfTheSessionCount();
     void quits_data();
     void quits();
     void endsBesideWindowsThatStay();
     void webClient();
-    void relaunchFinder_data();
+    void relaunchFinder_data() { addCases(FinderScripts); }
     void relaunchFinder();
 };
 
-void TestShellEnds::reopen_data()
-{
-    QTest::addColumn<bool>("signedIn");
-    QTest::addColumn<bool>("window");
-    QTest::addColumn<bool>("startsService");
-    QTest::newRow("signed in, no window") << true << false << true;
-    QTest::newRow("signed in, a window") << true << true << false;
-    QTest::newRow("signed out, no window") << false << false << false;
-    QTest::newRow("signed out, a window") << false << true << false;
-}
-
 void TestShellEnds::reopen()
 {
-    QFETCH(bool, signedIn);
-    QFETCH(bool, window);
-    QFETCH(bool, startsService);
+    const auto &[name, signedIn, window, startsService] = currentCase(Reopenings);
     DelegateFixture fixture;
     fixture.addLastingService();
     AppDelegate &delegate = fixture.delegate();
@@ -57,24 +66,36 @@ void TestShellEnds::reopen()
     fixture.host.launchEvents.handlers.reopen();
     QCOMPARE(delegate.serviceRunning(), startsService);
     QVERIFY(DelegateFixture::visibleWindow(u"menuWindow"_s)); // there is no tray
-    if (startsService) {
-        QTRY_VERIFY(!fixture.serviceNote(u"pid"_s).isEmpty());
-        ::kill(fixture.serviceNote(u"pid"_s).toInt(), SIGKILL);
-    }
+}
+
+/// The volume opens only when there is nothing else to come back to.
+void TestShellEnds::windowsOfTheSessionCount()
+{
+    DelegateFixture fixture;
+    fixture.addLastingService();
+    AppDelegate &delegate = fixture.delegate();
+    delegate.applicationDidFinishLaunching();
+    QTRY_VERIFY(fixture.serverWindowShows());
+    delegate.loginFlow().serverSettingWindow()->close();
+    fixture.signIn(1);
+    delegate.showSearchWindow();
+    fixture.host.launchEvents.handlers.reopen();
+    QVERIFY(!delegate.serviceRunning());
+    DelegateFixture::visibleWindow(u"SearchWindowsController"_s)->close();
+    fixture.host.launchEvents.handlers.reopen();
+    QVERIFY(delegate.serviceRunning());
 }
 
 void TestShellEnds::quits_data()
 {
     QTest::addColumn<bool>("asks");
-    QTest::addColumn<bool>("ends");
-    QTest::newRow("from the menu, files kept") << true << false;
-    QTest::newRow("by the session") << false << true;
+    QTest::newRow("from the menu, files kept") << true;
+    QTest::newRow("by the session") << false;
 }
 
 void TestShellEnds::quits()
 {
     QFETCH(bool, asks);
-    QFETCH(bool, ends);
     DelegateFixture fixture;
     fixture.addLastingService();
     fixture.signIn(1);
@@ -89,17 +110,14 @@ void TestShellEnds::quits()
         delegate.terminateWithoutAsking();
     QTRY_COMPARE(fixture.host.volumes.unmounted.size(), 1);
     QTRY_COMPARE(fixture.alerts.texts.size(), int(asks));
-    QTRY_COMPARE(fixture.ended, int(ends));
-    const QVariantMap state =
-        platform::PropertyList::readDictionary(fixture.files.resource(u"AppUpdate.plist"_s)).value_or(QVariantMap());
-    QCOMPARE(state.value(u"ShownUpdateWindow"_s).toBool(), !ends);
-    QCOMPARE(fixture.posted().size(), int(ends));
-    QCOMPARE(fixture.host.sidebar.removed.size(), int(ends));
+    QTRY_COMPARE(fixture.ended, int(!asks));
+    const auto state = platform::PropertyList::readDictionary(fixture.files.resource(u"AppUpdate.plist"_s));
+    QCOMPARE(state.value_or(QVariantMap()).value(u"ShownUpdateWindow"_s).toBool(), asks);
+    QCOMPARE(fixture.posted().size(), int(!asks));
+    QCOMPARE(fixture.host.sidebar.removed.size(), int(!asks));
     delegate.applicationWillTerminate();
     delegate.applicationWillTerminate();
     QCOMPARE(fixture.posted(), QStringList{u"NotificationStopQuillboxFuseService"_s});
-    QTRY_VERIFY(!fixture.serviceNote(u"pid"_s).isEmpty());
-    ::kill(fixture.serviceNote(u"pid"_s).toInt(), SIGKILL);
 }
 
 /// The terms refuse to be closed; that must not keep the application from ending.
@@ -108,14 +126,13 @@ void TestShellEnds::endsBesideWindowsThatStay()
     DelegateFixture fixture;
     UserProtocolWindowController dialog(fixture.networking, fixture.center);
     dialog.showWindow();
-    QVERIFY((dialog.window()->windowFlags() & Qt::WindowCloseButtonHint) == 0);
+    dialog.window()->close();
+    QVERIFY(dialog.isVisible());
     QEventLoop loop;
     QTimer::singleShot(0, &loop, [] { shell::endEventLoop(); });
-    QTimer tooLong;
-    connect(&tooLong, &QTimer::timeout, &loop, [&loop] { loop.exit(1); });
-    tooLong.start(5000);
+    QTimer::singleShot(5000, &loop, [&loop] { loop.exit(1); });
     QCOMPARE(loop.exec(), 0);
-    QVERIFY(tooLong.isActive() && dialog.isVisible());
+    QVERIFY(dialog.isVisible());
 }
 
 void TestShellEnds::webClient()
@@ -135,19 +152,9 @@ void TestShellEnds::webClient()
     QVERIFY(fixture.host.workspace.opened.isEmpty());
 }
 
-void TestShellEnds::relaunchFinder_data()
-{
-    QTest::addColumn<QByteArray>("script");
-    QTest::addColumn<bool>("works");
-    QTest::newRow("missing") << QByteArray() << false;
-    QTest::newRow("silent") << QByteArray("true") << true;
-    QTest::newRow("prints") << QByteArray("echo trouble") << false;
-}
-
 void TestShellEnds::relaunchFinder()
 {
-    QFETCH(QByteArray, script);
-    QFETCH(bool, works);
+    const auto &[name, script, works] = currentCase(FinderScripts);
     DelegateFixture fixture;
     if (!script.isNull())
         fixture.files.addResource(u"relanuchFinder.scpt"_s, script);

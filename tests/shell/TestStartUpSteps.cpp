@@ -5,40 +5,79 @@
 #include "shell/FontSetup.h"
 #include "shell/SingleInstance.h"
 #include "shell/VolumeControl.h"
+#include "support/Cases.h"
+#include "support/Files.h"
 #include "support/TestMain.h"
 
-#include <QDir>
-#include <QFile>
 #include <QTest>
 
 #include <atomic>
 #include <utility>
 
 using namespace testing;
-using platform::PropertyList::readDictionary;
+using namespace Qt::StringLiterals;
+using shell::SingleInstance::OtherCopies;
 
 namespace
 {
 using Copy = std::pair<qint64, qint64>; ///< process id and start time
+constexpr Copy Self{10, 100};
 
-/// A shell script that keeps the arguments of each run, one line a run.
-QString recordingTool(const QTemporaryDir &folder, const QString &log)
-{
-    const QString path = folder.filePath(QStringLiteral("tool"));
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return {};
-    file.write("#!/bin/sh\necho \"$@\" >> " + log.toUtf8() + "\nexit 3\n");
-    file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    return path;
-}
+struct Copies {
+    const char *name;
+    QString identifier;
+    QList<Copy> running;
+    OtherCopies found;
+};
+const QString Own = u"com.velto.quillbox"_s;
+const QList<Copies> CopyCases{{"alone", Own, {Self}, OtherCopies::None},
+                              {"not even listed", Own, {}, OtherCopies::None},
+                              {"older", Own, {Self, {9, 99}}, OtherCopies::Older},
+                              {"older, numbered higher", Own, {{11, 99}, Self}, OtherCopies::Older},
+                              {"younger, numbered lower", Own, {Self, {9, 101}}, OtherCopies::Younger},
+                              {"same instant, smaller number", Own, {Self, {9, 100}}, OtherCopies::Older},
+                              {"same instant, larger number", Own, {Self, {11, 100}}, OtherCopies::Younger},
+                              {"one of each", Own, {{11, 101}, Self, {12, 7}}, OtherCopies::Older},
+                              {"self unseen", Own, {{11, 101}}, OtherCopies::Older},
+                              {"no identifier", {}, {{11, 1}}, OtherCopies::None}};
 
-QStringList linesOf(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()).split(u'\n', Qt::SkipEmptyParts)
-                                          : QStringList();
-}
+struct FirstRun {
+    const char *name;
+    QVariantMap before;
+    bool exists;
+    bool runs;
+};
+const QList<FirstRun> FirstRuns{{"first run", {{u"themeColor"_s, u"0x112233"_s}}, true, true},
+                                {"later run", {{u"first"_s, u"anything"_s}}, true, false},
+                                {"later run, told otherwise", {{u"first"_s, true}}, true, false},
+                                {"no branding file", {}, false, true}};
+
+struct FontFiles {
+    const char *name;
+    QByteArray installed; ///< null: no file
+    QByteArray bundled;
+    bool waits;
+    QByteArray after;
+};
+const QList<FontFiles> FontCases{{"same", "font", "font", false, "font"},
+                                 {"different", "old font", "font", true, "font"},
+                                 {"missing", {}, "font", true, "font"},
+                                 {"no bundled copy", "font", {}, true, "font"},
+                                 {"neither", {}, {}, true, {}}};
+
+struct VolumeQuestion {
+    const char *name;
+    QString asked;
+    bool mounted;
+    QStringList detached;
+};
+const QString First = u"/Volumes/Quillbox"_s;
+const QString Second = u"/Volumes/Quillbox 1"_s;
+const QList<VolumeQuestion> VolumeQuestions{{"exact", First, true, {First, Second}},
+                                            {"part of two", u"Quillbox"_s, false, {First, Second}},
+                                            {"the second", Second, true, {Second}},
+                                            {"other case", u"/volumes/quillbox"_s, false, {}},
+                                            {"nothing", {}, false, {}}};
 } // namespace
 
 /// The single steps of the start, each by itself.
@@ -46,125 +85,68 @@ class TestStartUpSteps : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void otherCopy_data();
+    void otherCopy_data() { addCases(CopyCases); }
     void otherCopy();
-    void registration_data();
+    void registration_data() { addCases(FirstRuns); }
     void registration();
-    void fontInstallation_data();
+    void fontInstallation_data() { addCases(FontCases); }
     void fontInstallation();
     void fontPoll();
-    void volumes_data();
+    void volumes_data() { addCases(VolumeQuestions); }
     void volumes();
 };
 
-void TestStartUpSteps::otherCopy_data()
-{
-    using shell::SingleInstance::OtherCopies;
-    QTest::addColumn<QString>("own");
-    QTest::addColumn<QList<Copy>>("copies");
-    QTest::addColumn<OtherCopies>("found");
-    const QString name = QStringLiteral("com.velto.quillbox");
-    const Copy self{10, 100};
-    QTest::newRow("alone") << name << QList<Copy>{self} << OtherCopies::None;
-    QTest::newRow("not even listed") << name << QList<Copy>{} << OtherCopies::None;
-    QTest::newRow("older") << name << QList<Copy>{self, {9, 99}} << OtherCopies::Older;
-    QTest::newRow("older, numbered higher") << name << QList<Copy>{{11, 99}, self} << OtherCopies::Older;
-    QTest::newRow("younger, numbered lower") << name << QList<Copy>{self, {9, 101}} << OtherCopies::Younger;
-    QTest::newRow("same instant, smaller number") << name << QList<Copy>{self, {9, 100}} << OtherCopies::Older;
-    QTest::newRow("same instant, larger number") << name << QList<Copy>{self, {11, 100}} << OtherCopies::Younger;
-    QTest::newRow("one of each") << name << QList<Copy>{{11, 101}, self, {12, 7}} << OtherCopies::Older;
-    QTest::newRow("self unseen") << name << QList<Copy>{{11, 101}} << OtherCopies::Older;
-    QTest::newRow("no identifier") << QString() << QList<Copy>{{11, 1}} << OtherCopies::None;
-}
-
 void TestStartUpSteps::otherCopy()
 {
-    QFETCH(QString, own);
-    QFETCH(QList<Copy>, copies);
-    QFETCH(shell::SingleInstance::OtherCopies, found);
+    const auto &[name, identifier, running, found] = currentCase(CopyCases);
     FakeWorkspace workspace;
-    workspace.running = {{QStringLiteral("com.velto.FUSEService"), 50, 1}};
-    for (const auto &[processId, startTime] : copies)
-        workspace.running.append({own, processId, startTime});
-    QCOMPARE(shell::SingleInstance::otherCopies(workspace, own, 10), found);
-}
-
-void TestStartUpSteps::registration_data()
-{
-    QTest::addColumn<QVariantMap>("before");
-    QTest::addColumn<bool>("exists");
-    QTest::addColumn<bool>("runs");
-    const QVariantMap colours{{QStringLiteral("themeColor"), QStringLiteral("0x112233")}};
-    QVariantMap done = colours;
-    done.insert(QStringLiteral("first"), QStringLiteral("anything"));
-    QTest::newRow("first run") << colours << true << true;
-    QTest::newRow("later run") << done << true << false;
-    QTest::newRow("no branding file") << QVariantMap() << false << true;
+    workspace.running = {{u"com.velto.FUSEService"_s, 50, 1}};
+    for (const auto &[processId, startTime] : running)
+        workspace.running.append({identifier, processId, startTime});
+    QCOMPARE(shell::SingleInstance::otherCopies(workspace, identifier, Self.first), found);
 }
 
 void TestStartUpSteps::registration()
 {
-    QFETCH(QVariantMap, before);
-    QFETCH(bool, exists);
-    QFETCH(bool, runs);
+    const auto &[name, before, exists, runs] = currentCase(FirstRuns);
     ShellFixture fixture;
-    const QString file = fixture.files.resource(QStringLiteral("QBOEM.plist"));
+    const QString file = fixture.files.resource(u"QBOEM.plist"_s);
     if (exists)
-        platform::PropertyList::write(file, before);
-    const QString log = fixture.folder.filePath(QStringLiteral("runs"));
-    fixture.host.scripts.extension = recordingTool(fixture.folder, log);
+        QVERIFY(platform::PropertyList::write(file, before));
+    const QString log = fixture.folder.filePath(u"runs"_s);
+    fixture.host.scripts.extension = fixture.folder.filePath(u"tool"_s);
+    QVERIFY(
+        writeFile(fixture.host.scripts.extension, "#!/bin/sh\necho \"$@\" >> " + log.toUtf8() + "\nexit 3\n", 0700));
     const shell::FirstRunRegistration registration(fixture.host.scripts, fixture.files.bundle(), Branding(file));
     QCOMPARE(registration.registerOnce(), runs);
-    const QString extension = fixture.files.bundle().builtInPlugInsPath() + QStringLiteral("/QBFinderSync.appex");
-    QCOMPARE(linesOf(log), runs ? QStringList{QStringLiteral("-a ") + extension} : QStringList());
-    QCOMPARE(QFile::exists(file), exists);
+    const QString extension = fixture.files.bundle().builtInPlugInsPath() + u"/QBFinderSync.appex"_s;
+    QCOMPARE(QString::fromUtf8(contentOf(log)), runs ? u"-a "_s + extension + u'\n' : QString());
     if (exists) {
         QVariantMap after = before;
         if (runs)
-            after.insert(QStringLiteral("first"), QStringLiteral("yes"));
-        QCOMPARE(readDictionary(file).value_or(QVariantMap()), after);
+            after.insert(u"first"_s, u"yes"_s);
+        QCOMPARE(platform::PropertyList::readDictionary(file).value_or(QVariantMap()), after);
         QVERIFY(!registration.registerOnce());
     }
-}
-
-void TestStartUpSteps::fontInstallation_data()
-{
-    QTest::addColumn<QByteArray>("installed"); // null: no file
-    QTest::addColumn<QByteArray>("bundled");
-    QTest::addColumn<bool>("waits");
-    QTest::addColumn<QByteArray>("after");
-    QTest::newRow("same") << QByteArray("font") << QByteArray("font") << false << QByteArray("font");
-    QTest::newRow("different") << QByteArray("old font") << QByteArray("font") << true << QByteArray("font");
-    QTest::newRow("missing") << QByteArray() << QByteArray("font") << true << QByteArray("font");
-    QTest::newRow("no bundled copy") << QByteArray("font") << QByteArray() << true << QByteArray("font");
-    QTest::newRow("neither") << QByteArray() << QByteArray() << true << QByteArray();
+    QCOMPARE(QFile::exists(file), exists);
 }
 
 void TestStartUpSteps::fontInstallation()
 {
-    QFETCH(QByteArray, installed);
-    QFETCH(QByteArray, bundled);
-    QFETCH(bool, waits);
-    QFETCH(QByteArray, after);
+    const auto &[name, installed, bundled, waits, after] = currentCase(FontCases);
     ShellFixture fixture;
-    const QString resource = QStringLiteral("SourceHanSansSC/SourceHanSansSC-Normal.otf");
+    const QString resource = u"SourceHanSansSC/SourceHanSansSC-Normal.otf"_s;
     if (!bundled.isNull())
         fixture.files.addResource(resource, bundled);
-    fixture.files.addResource(QStringLiteral("installFonts.sh"),
-                              "cp \"$1/SourceHanSansSC/SourceHanSansSC-Normal.otf\" '" +
-                                  fixture.host.folders.fonts().toUtf8() + "' 2> /dev/null");
+    fixture.files.addResource(u"installFonts.sh"_s, "cp \"$1/" + resource.toUtf8() + "\" '" +
+                                                        fixture.host.folders.fonts().toUtf8() + "' 2> /dev/null");
     QDir().mkpath(fixture.host.folders.fonts());
     const shell::FontSetup::Places places = shell::FontSetup::placesFor(fixture.files.bundle(), fixture.host.folders);
-    QFile file(places.installed);
-    if (!installed.isNull()) {
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(installed);
-        file.close();
-    }
+    if (!installed.isNull())
+        QVERIFY(writeFile(places.installed, installed));
     QCOMPARE(shell::FontSetup::installFonts(places), waits);
-    QCOMPARE(file.exists(), !after.isNull());
-    if (file.open(QIODevice::ReadOnly))
-        QCOMPARE(file.readAll(), after);
+    QCOMPARE(QFile::exists(places.installed), !after.isNull());
+    QCOMPARE(contentOf(places.installed), after);
 }
 
 /// Without a script and without the font the start waits, until the font turns up by other means; then it goes on once.
@@ -175,7 +157,7 @@ void TestStartUpSteps::fontPoll()
     std::atomic<bool> there = false;
     const auto names = [&] {
         ++asked;
-        return there ? QStringList{QStringLiteral("SourceHanSansSC-Normal")} : QStringList{QStringLiteral("Other")};
+        return QStringList{there ? u"SourceHanSansSC-Normal"_s : u"Other"_s};
     };
     int continued = 0;
     shell::FontSetup fonts(shell::FontSetup::placesFor(fixture.files.bundle(), fixture.host.folders), names,
@@ -191,29 +173,12 @@ void TestStartUpSteps::fontPoll()
     QCOMPARE(continued, 1);
 }
 
-void TestStartUpSteps::volumes_data()
-{
-    QTest::addColumn<QString>("asked");
-    QTest::addColumn<bool>("mounted");
-    QTest::addColumn<QStringList>("detached");
-    const QString quillbox = QStringLiteral("/Volumes/Quillbox");
-    const QString second = QStringLiteral("/Volumes/Quillbox 1");
-    QTest::newRow("exact") << quillbox << true << QStringList{quillbox, second};
-    QTest::newRow("part of two") << QStringLiteral("Quillbox") << false << QStringList{quillbox, second};
-    QTest::newRow("the second") << second << true << QStringList{second};
-    QTest::newRow("other case") << QStringLiteral("/volumes/quillbox") << false << QStringList();
-    QTest::newRow("nothing") << QString() << false << QStringList();
-}
-
 void TestStartUpSteps::volumes()
 {
-    QFETCH(QString, asked);
-    QFETCH(bool, mounted);
-    QFETCH(QStringList, detached);
+    const auto &[name, asked, mounted, detached] = currentCase(VolumeQuestions);
     for (const bool force : {false, true}) {
         FakeVolumes fake;
-        fake.mounted = {QStringLiteral("/"), QStringLiteral("/Volumes/Quillbox"),
-                        QStringLiteral("/Volumes/Quillbox 1")};
+        fake.mounted = {u"/"_s, First, Second};
         const shell::VolumeControl control(fake);
         QCOMPARE(control.checkIfVolumeMounted(asked), mounted);
         QVERIFY(fake.unmounted.isEmpty());

@@ -1,49 +1,32 @@
 #include "ShellFixture.h"
 
-#include "channel/GDUnixSocketServer.h"
-#include "channel/SocketMessage.h"
 #include "shell/ServiceClient.h"
 #include "shell/ServiceProcess.h"
 #include "shell/ServiceWatch.h"
 #include "shell/Termination.h"
+#include "support/Cases.h"
+#include "support/Files.h"
 #include "support/LogRecorder.h"
 #include "support/TestMain.h"
 
 #include <QElapsedTimer>
-#include <QFile>
-#include <QMutex>
 #include <QTest>
 
 #include <csignal>
 
 using namespace testing;
+using namespace Qt::StringLiterals;
 
 namespace
 {
-/// Collects what arrives at the companion's end.
-struct Inbox : GDUnixSocketServerDelegate {
-    void didReceiveData(GDUnixSocketServer &, const QByteArray &data, const QString &) override
-    {
-        const QMutexLocker lock(&mutex);
-        messages.append(splitter.feed(data));
-    }
-    QList<SocketMessage> received()
-    {
-        const QMutexLocker lock(&mutex);
-        return messages;
-    }
-
-    QMutex mutex;
-    SocketMessageSplitter splitter;
-    QList<SocketMessage> messages;
+struct End {
+    const char *name;
+    QByteArray script;
+    bool kill;
 };
-
-/// Process id that a companion script wrote; 0 until then.
-qint64 processIdIn(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll().trimmed().toLongLong() : 0;
-}
+const QList<End> Ends{{"killed", "echo $$ > \"$0.pid\"; exec sleep 60", true},
+                      {"ignores the polite end, killed", "trap '' TERM; echo $$ > \"$0.pid\"; exec sleep 60", true},
+                      {"dies at once", "exit 1", false}};
 } // namespace
 
 /// The companion process seen from the manager, with real processes.
@@ -51,9 +34,8 @@ class TestSupervision : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void noticesTheEnd_data();
+    void noticesTheEnd_data() { addCases(Ends); }
     void noticesTheEnd();
-    void cannotStart_data();
     void cannotStart();
     void watchesAgain();
     void quitMatrix_data();
@@ -63,24 +45,11 @@ private Q_SLOTS:
     void forwardsLater_data();
     void forwardsLater();
     void connectFailureIsLogged();
-    void refusesAMissingFolder();
 };
-
-void TestSupervision::noticesTheEnd_data()
-{
-    QTest::addColumn<QByteArray>("script");
-    QTest::addColumn<bool>("kill");
-    QTest::newRow("killed") << QByteArray("echo $$ > \"$0.pid\"; exec sleep 60") << true;
-    QTest::newRow("ignores the polite end, killed")
-        << QByteArray("trap '' TERM; echo $$ > \"$0.pid\"; exec sleep 60") << true;
-    QTest::newRow("dies at once") << QByteArray("exit 1") << false;
-    QTest::newRow("dies later") << QByteArray("sleep 0.3") << false;
-}
 
 void TestSupervision::noticesTheEnd()
 {
-    QFETCH(QByteArray, script);
-    QFETCH(bool, kill);
+    const auto &[name, script, kill] = currentCase(Ends);
     ShellFixture fixture;
     fixture.files.addService(script);
     const QString program = shell::ServiceProcess::executableIn(fixture.files.bundle());
@@ -89,40 +58,31 @@ void TestSupervision::noticesTheEnd()
     shell::ServiceWatch watch([&] { return service.isRunning(); }, [&] { ++stops; });
     QVERIFY(service.launch());
     watch.checkServiceRunning();
-    QElapsedTimer sinceTheEnd;
     if (kill) {
-        qint64 child = 0;
-        QTRY_VERIFY((child = processIdIn(program + QStringLiteral(".pid"))) > 0);
+        QTRY_VERIFY(contentOf(program + u".pid"_s).endsWith('\n'));
         QCOMPARE(stops, 0);
         QVERIFY(service.isRunning());
-        QCOMPARE(::kill(static_cast<pid_t>(child), SIGKILL), 0);
+        QCOMPARE(::kill(contentOf(program + u".pid"_s).trimmed().toInt(), SIGKILL), 0);
     }
+    QElapsedTimer sinceTheEnd;
     sinceTheEnd.start();
     QTRY_COMPARE_WITH_TIMEOUT(stops, 1, 4000);
     QVERIFY2(sinceTheEnd.elapsed() <= (kill ? 2100 : 2500), qPrintable(QString::number(sinceTheEnd.elapsed())));
     QVERIFY(!watch.isWatching());
 }
 
-void TestSupervision::cannotStart_data()
-{
-    QTest::addColumn<bool>("present");
-    QTest::addColumn<QString>("line");
-    QTest::newRow("missing") << false << QStringLiteral("ERROR: can't find FUSEService!");
-    QTest::newRow("not executable") << true << QStringLiteral("ERROR: can't start FUSEService!");
-}
-
 void TestSupervision::cannotStart()
 {
-    QFETCH(bool, present);
-    QFETCH(QString, line);
     ShellFixture fixture;
-    if (present)
-        fixture.files.addResource(QStringLiteral("FUSEService.app/Contents/MacOS/FUSEService"), "text");
     LogRecorder log;
-    shell::ServiceProcess service(shell::ServiceProcess::executableIn(fixture.files.bundle()));
-    QVERIFY(!service.launch());
-    QVERIFY(!service.isRunning());
-    QCOMPARE(log.lines(), QStringList{line});
+    for (const bool present : {false, true}) {
+        if (present)
+            fixture.files.addResource(u"FUSEService.app/Contents/MacOS/FUSEService"_s, "text");
+        shell::ServiceProcess service(shell::ServiceProcess::executableIn(fixture.files.bundle()));
+        QVERIFY(!service.launch());
+        QVERIFY(!service.isRunning());
+    }
+    QCOMPARE(log.lines(), (QStringList{u"ERROR: can't find FUSEService!"_s, u"ERROR: can't start FUSEService!"_s}));
 }
 
 void TestSupervision::watchesAgain()
@@ -149,55 +109,41 @@ void TestSupervision::quitMatrix_data()
     QTest::addColumn<bool>("running");
     QTest::addColumn<bool>("busy");
     QTest::addColumn<int>("code"); // 0: nobody may be asked
-    QTest::addColumn<bool>("ends");
     for (const bool mounted : {false, true})
         for (const bool running : {false, true})
-            for (const bool busy : {false, true}) {
-                const bool asks = mounted && running && busy;
-                for (const int code : asks ? QList<int>{1000, 1001} : QList<int>{0})
+            for (const bool busy : {false, true})
+                for (const int code : mounted &&running &&busy ? QList<int>{1000, 1001} : QList<int>{0})
                     QTest::addRow("mounted %d, running %d, busy %d, answer %d", mounted, running, busy, code)
-                        << mounted << running << busy << code << (code != 1001);
-            }
+                        << mounted << running << busy << code;
 }
 
+/// Signing out detaches whatever is there, quitting only what is in use; both ask by the same rule.
 void TestSupervision::quitMatrix()
 {
     QFETCH(bool, mounted);
     QFETCH(bool, running);
     QFETCH(bool, busy);
     QFETCH(int, code);
-    QFETCH(bool, ends);
-    ShellFixture fixture;
-    if (mounted)
-        fixture.host.volumes.mounted = {fixture.volume()};
-    if (busy)
-        fixture.host.volumes.busy = {fixture.volume()};
-    fixture.alerts.codes = {code};
-    shell::Termination termination(
-        shell::VolumeControl(fixture.host.volumes), fixture.volume(), [&] { return running; },
-        fixture.alerts.presenter());
-    std::optional<bool> answer;
-    termination.applicationShouldTerminate([&](bool mayEnd) { answer = mayEnd; });
-    QTRY_VERIFY(answer.has_value());
-    QCOMPARE(*answer, ends);
-    QCOMPARE(fixture.alerts.texts.size(), code ? 1 : 0);
-    if (code)
-        QCOMPARE(fixture.alerts.buttons.first().size(), 2);
-    const QList<std::pair<QString, bool>> forced{{fixture.volume(), true}};
-    QCOMPARE(fixture.host.volumes.unmounted, mounted && running ? forced : forced.mid(1));
-
-    // Signing out detaches whatever is there and asks by the same rule.
-    fixture.alerts.codes = {code};
-    answer.reset();
-    fixture.host.volumes.unmounted.clear();
-    fixture.alerts.texts.clear();
-    if (mounted)
-        fixture.host.volumes.mounted = {fixture.volume()};
-    termination.checkIfUserWannaUmount([&](bool mayEnd) { answer = mayEnd; });
-    QTRY_VERIFY(answer.has_value());
-    QCOMPARE(*answer, ends);
-    QCOMPARE(fixture.host.volumes.unmounted, forced);
-    QCOMPARE(fixture.alerts.texts.size(), code ? 1 : 0);
+    for (const bool signsOut : {false, true}) {
+        ShellFixture fixture;
+        if (mounted)
+            fixture.host.volumes.mounted = {fixture.volume()};
+        if (busy)
+            fixture.host.volumes.busy = {fixture.volume()};
+        fixture.alerts.codes = {code};
+        shell::Termination termination(
+            shell::VolumeControl(fixture.host.volumes), fixture.volume(), [isRunning = running] { return isRunning; },
+            fixture.alerts.presenter());
+        std::optional<bool> answer;
+        const auto reply = [&](bool mayEnd) { answer = mayEnd; };
+        signsOut ? termination.checkIfUserWannaUmount(reply) : termination.applicationShouldTerminate(reply);
+        QTRY_VERIFY(answer.has_value());
+        QCOMPARE(*answer, code != 1001);
+        QCOMPARE(fixture.alerts.buttons.size(), code ? 1 : 0);
+        QCOMPARE(fixture.alerts.buttons.value(0).size(), code ? 2 : 0);
+        const QList<std::pair<QString, bool>> forced{{fixture.volume(), true}};
+        QCOMPARE(fixture.host.volumes.unmounted, signsOut || (mounted && running) ? forced : forced.mid(1));
+    }
 }
 
 void TestSupervision::oneQuestionAtATime()
@@ -223,29 +169,26 @@ void TestSupervision::oneQuestionAtATime()
 void TestSupervision::forwards()
 {
     ShellFixture fixture;
-    const QString path = fixture.folder.filePath(QStringLiteral("search_socket"));
-    const auto inbox = std::make_shared<Inbox>();
-    const auto server = GDUnixSocketServer::initWithSocketPath(path);
-    QVERIFY(server);
-    server->setDelegate(inbox);
-    QVERIFY(server->listenWithError());
-    shell::ServiceClient client(path, [] { return true; });
-    client.handleAppleEvent(QStringLiteral("quillbox://lost")); // nothing is connected yet
+    const CompanionEnd companion(fixture.folder.path());
+    shell::ServiceClient client(companion.path, [] { return true; });
     LogRecorder log;
+    // The companion runs but has not announced itself: nothing is lost, and the order stays.
+    client.handleAppleEvent(u"quillbox://open?name=a%20b%22"_s);
+    client.handleSearchQBFile(u"text \"with\" 文档\n"_s);
     client.registerClient();
-    QTRY_VERIFY(([&] {
-        client.handleAppleEvent(QStringLiteral("quillbox://open?name=a%20b%22"));
-        return !inbox->received().isEmpty();
-    }()));
-    const qsizetype before = inbox->received().size();
-    client.handleSearchQBFile(QStringLiteral("text \"with\" 文档\n"));
-    QTRY_VERIFY(inbox->received().size() > before);
-    QCOMPARE(inbox->received().first(),
-             (SocketMessage{QStringLiteral("AppEvent"), QStringLiteral("quillbox://open?name=a b\"")}));
-    QCOMPARE(inbox->received().last(),
-             (SocketMessage{QStringLiteral("RightService"), QStringLiteral("text \"with\" 文档\n")}));
+    client.handleAppleEvent(u"quillbox://third"_s);
+    QTRY_COMPARE(companion.received(), (QList<SocketMessage>{{u"AppEvent"_s, u"quillbox://open?name=a b\""_s},
+                                                             {u"RightService"_s, u"text \"with\" 文档\n"_s},
+                                                             {u"AppEvent"_s, u"quillbox://third"_s}}));
+    // What waits for a companion that ends is not for the next one.
+    client.close();
+    client.handleAppleEvent(u"quillbox://of-before"_s);
+    client.close();
+    client.registerClient();
+    client.handleAppleEvent(u"quillbox://now"_s);
+    QTRY_COMPARE(companion.received().size(), 4);
+    QCOMPARE(companion.received().last().text, u"quillbox://now"_s);
     QCOMPARE(log.lines(), QStringList());
-    server->close();
 }
 
 void TestSupervision::forwardsLater_data()
@@ -259,46 +202,32 @@ void TestSupervision::forwardsLater()
 {
     QFETCH(bool, runsByThen);
     ShellFixture fixture;
-    const QString path = fixture.folder.filePath(QStringLiteral("search_socket"));
-    const auto inbox = std::make_shared<Inbox>();
-    const auto server = GDUnixSocketServer::initWithSocketPath(path);
-    server->setDelegate(inbox);
-    QVERIFY(server->listenWithError());
+    const CompanionEnd companion(fixture.folder.path());
     int asked = 0;
     shell::ServiceClient client(
-        path, [&] { return ++asked == 2 && runsByThen; }, std::chrono::milliseconds(200));
+        companion.path, [&] { return ++asked == 2 && runsByThen; }, std::chrono::milliseconds(200));
     client.registerClient();
-    client.handleSearchQBFile(QStringLiteral("later"));
+    client.handleSearchQBFile(u"later"_s);
     QCOMPARE(asked, 1);
     QTRY_COMPARE(asked, 2);
-    if (runsByThen)
-        QTRY_COMPARE(inbox->received().size(), 1);
+    QTRY_COMPARE(companion.received().size(), int(runsByThen));
     QTest::qWait(250);
     QCOMPARE(asked, 2); // one retry only
-    QCOMPARE(inbox->received().size(), runsByThen ? 1 : 0);
-    server->close();
+    QCOMPARE(companion.received().size(), int(runsByThen));
 }
 
 void TestSupervision::connectFailureIsLogged()
 {
     ShellFixture fixture;
+    const QString line = u"Quillbox[Fuse] Could not start client error:"_s;
     LogRecorder log;
-    shell::ServiceClient client(fixture.folder.filePath(QStringLiteral("search_socket")), [] { return true; });
-    client.registerClient();
-    QTRY_VERIFY(
-        log.contains(QStringLiteral("Quillbox[Fuse] Could not start client error:Failed to connect to socket")));
-}
-
-void TestSupervision::refusesAMissingFolder()
-{
-    QCOMPARE(shell::ServiceClient::socketPathIn(QStringLiteral("/f")), QStringLiteral("/f/search_socket"));
-    LogRecorder log;
-    const QString none = shell::ServiceClient::socketPathIn(QString());
-    QVERIFY(none.isNull());
+    shell::ServiceClient(QString(), [] { return true; }).registerClient();
     QCOMPARE(log.lines().size(), 1);
-    shell::ServiceClient client(none, [] { return true; });
+    QVERIFY(log.lines().first().startsWith(line));
+    shell::ServiceClient client(fixture.folder.filePath(u"search_socket"_s), [] { return true; });
     client.registerClient();
-    QVERIFY(log.contains(QStringLiteral("Quillbox[Fuse] Could not start client error:")));
+    QTRY_VERIFY(log.contains(line + u"Failed to connect to socket"_s));
+    QVERIFY(shell::ServiceClient::socketPathIn(QString()).isNull());
 }
 
 REGISTER_TEST(TestSupervision)

@@ -15,6 +15,8 @@
 
 #include "login/JsonValues.h"
 
+#include <QShortcut>
+
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -82,6 +84,7 @@ void SettingWindowsController::windowDidLoad()
     window()->setWindowTitle(localizedString(u"设置"_s));
     // The window is as large as its pane.
     window()->layout()->setSizeConstraint(QLayout::SetFixedSize);
+    connect(new QShortcut(QKeySequence::Cancel, window()), &QShortcut::activated, window(), &QWidget::close);
     initialTabs();
     colorLabels();
     initialAccountView();

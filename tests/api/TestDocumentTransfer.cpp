@@ -1,21 +1,24 @@
-#include "ApiClient.h"
+#include "ApiScene.h"
 #include "TransferEnds.h"
 
 #include "api/DocumentTransfer.h"
+#include "support/Rows.h"
 #include "support/TestMain.h"
 
-#include <QJsonDocument>
 #include <QRandomGenerator>
-#include <QTest>
 
 using testing::ScriptedAnswer;
-using testing::ScriptedServer;
 using namespace Qt::StringLiterals;
 
 namespace
 {
 
 const QByteArray record = R"({"docid":"qb://A/1","name":"a","rev":"r2"})";
+const QByteArray refusal = R"({"errcode":404006,"errmsg":"gone"})";
+const QByteArray lockRefusal = R"J({"errcode":403031,"errmsg":"no","causemsg":"locked by Bob(b)"})J";
+const QByteArray octets = "Content-Type: application/octet-stream\r\n";
+const QByteArray multipart = "Content-Type: multipart/form-data;boundary=XyZ\r\n";
+const QByteArray oddBytes("a\r\n\0b--", 7);
 
 QByteArray randomBytes(qsizetype size)
 {
@@ -41,13 +44,17 @@ QByteArray framed(const QByteArray &boundary, const QByteArray &json, const QByt
 
 ScriptedAnswer document(const QByteArray &json, const QByteArray &contents)
 {
-    return ScriptedAnswer::reply(framed("XyZ", json, contents), 200,
-                                 "Content-Type: multipart/form-data;boundary=XyZ\r\n");
+    return ScriptedAnswer::reply(framed("XyZ", json, contents), 200, multipart);
 }
 
 ScriptedAnswer bytes(const QByteArray &contents, const QByteArray &headers = {})
 {
-    return ScriptedAnswer::reply(contents, 200, "Content-Type: application/octet-stream\r\n" + headers);
+    return ScriptedAnswer::reply(contents, 200, octets + headers);
+}
+
+ScriptedAnswer cut(const QByteArray &headers, const QByteArray &body)
+{
+    return ScriptedAnswer::raw("HTTP/1.1 200 OK\r\n" + headers + "\r\n" + body);
 }
 
 using Upload = std::function<ServerReply(QBNetworking &, QBError *)>;
@@ -56,313 +63,227 @@ using Upload = std::function<ServerReply(QBNetworking &, QBError *)>;
 Q_DECLARE_METATYPE(Upload)
 Q_DECLARE_METATYPE(ScriptedAnswer)
 
-class TestDocumentTransfer : public QObject
+class TestDocumentTransfer : public ApiScene
 {
     Q_OBJECT
 
 private Q_SLOTS:
+    void init() { open(std::chrono::seconds(10)); }
+    void cleanup() { close(); }
+
     void framesUploads_data();
-    void framesUploads();
-    void uploadsFromAFile();
-    void sendsAnUploadAgainAfterARedirect();
-    void sendsAnUploadAgainOnADeadConnection();
-    void passesUploadRefusalsOn();
-    void readsRanges_data();
-    void readsRanges();
-    void readsIntoTheCallersBuffer();
-    void pinsARevision();
-    void downloads_data();
-    void downloads();
-    void downloadsInDrops();
+    void framesUploads()
+    {
+        QFETCH(const Upload, upload);
+        QFETCH(const QByteArray, json);
+        QFETCH(const QByteArray, contents);
+        client->signIn();
+        for (int i = 0; i < 2; ++i) {
+            expect("POST /api/v1/file?method=upload&tokenid=t1 HTTP/1.1\r\n", record);
+            QBError error;
+            const ServerReply reply = upload(networking(), &error);
+            QVERIFY2(!error, qPrintable(error.localizedDescription()));
+            QCOMPARE(reply->value(u"rev"_s).toString(), u"r2"_s);
+            const QByteArray boundary = boundaryIn(server->requests().last());
+            QCOMPARE(boundary.size(), 16);
+            QVERIFY2(server->bodies().last() == framed(boundary, json, contents), "the framing, byte for byte");
+        }
+        QVERIFY2(boundaryIn(server->requests().first()) != boundaryIn(server->requests().last()), "new each time");
+    }
+
+    void uploadsFromAFile()
+    {
+        const QByteArray contents = randomBytes(300'000);
+        QFile file(client->folder.filePath(u"upload"_s));
+        QVERIFY(file.open(QIODevice::ReadWrite) && file.write(contents) == contents.size() && file.flush());
+        answer({record, record});
+        QBError error;
+        for (const qint64 length : {contents.size(), qsizetype(1000)}) {
+            FileSource source(file.handle(), length);
+            QVERIFY(DocumentTransfer(networking()).uploadFile(u"d"_s, source, &error));
+            QVERIFY(server->bodies().last().contains("\r\n\r\n" + contents.left(length) + "\r\n--"));
+        }
+        // The file is shorter than it was said to be.
+        FileSource shortened(file.handle(), contents.size() + 1);
+        QVERIFY(!DocumentTransfer(networking()).uploadFile(u"d"_s, shortened, &error));
+        QCOMPARE(error.code(), static_cast<qint64>(TransportError::BodyUnreadable));
+    }
+
+    /// The whole body, after a redirect or on a connection that turns out to be dead.
+    void sendsAnUploadAgain()
+    {
+        const QByteArray contents = randomBytes(500'000);
+        for (const int redirect : {302, 307, 0}) {
+            open();
+            if (redirect == 0) {
+                answer({"{}"});
+                networking().getFileAttribute(u"d"_s);
+                server->expect("POST ", Answer::raw(""));
+                answer({record});
+            } else {
+                server->expect("POST /api/v1/file", Answer::redirect(server->url(u"/elsewhere"_s), redirect));
+                expect("POST /elsewhere ", record);
+            }
+            MemorySource source(contents);
+            QBError error;
+            QVERIFY(DocumentTransfer(networking()).uploadFile(u"d"_s, source, &error));
+            const QByteArrayList bodies = server->bodies();
+            QVERIFY(bodies.last().contains(contents));
+            QVERIFY(bodies.at(bodies.size() - 2) == bodies.last());
+            QCOMPARE(server->complaint(), QString());
+        }
+    }
+
+    void passesUploadRefusalsOn()
+    {
+        server->expect("POST ", Answer::json(lockRefusal, 403));
+        answer({lockRefusal, "", "[]", "<html>"});
+        for (const qint64 code : {403031, 403031, -1011, -1011, -1011}) {
+            QBError error;
+            QVERIFY(!networking().requestUploadFileWithDocID(u"d"_s, "x", &error));
+            QCOMPARE(error.code(), code);
+            QCOMPARE(error.lockUser(), code > 0 ? u"Bob"_s : QString());
+        }
+    }
+
+    void readsRanges_data()
+    {
+        const testing::Rows<ScriptedAnswer, QByteArray, int> row("answer", "expected", "code");
+        row("all", bytes("0123456789"), "0123456789", 0);
+        row("to the end", bytes("0123"), "0123", 0);
+        row("past the end", bytes(""), "", 0);
+        row("contents like an error", bytes(refusal.left(10)), refusal.left(10), 0);
+        row("without a type", Answer::reply("0123456789"), "0123456789", 0);
+        row("partial content", Answer::reply("01", 206, octets), "01", 0);
+        row("at the end by size", bytes("01", "X-Total-Size: 7\r\n"), "01", 0);
+        row("odd size", bytes("01", "X-Total-Size: many\r\n"), "01", 0);
+        row("short", bytes("01", "X-Total-Size: 8\r\n"), {}, -1011);
+        row("too much", bytes("0123456789A"), {}, -1011);
+        row("cut", cut(octets + "Content-Length: 10\r\n", "0123"), {}, -1005);
+        row("refused", Answer::json(refusal, 404), {}, 404006);
+        row("refused kindly", Answer::json(refusal), {}, 404006);
+        row("refused as bytes", Answer::reply(refusal, 404, octets), {}, 404006);
+        row("HTTP error", Answer::reply("0123", 500, octets), {}, -1011);
+        row("no reply to speak of", Answer::reply("", 304), {}, -1011);
+        row("JSON instead", Answer::json("{}"), {}, -1011);
+    }
+    void readsRanges()
+    {
+        QFETCH(const ScriptedAnswer, answer);
+        QFETCH(const QByteArray, expected);
+        client->signIn();
+        server->expect("POST /api/v1/file?method=read&tokenid=t1 HTTP/1.1\r\n", answer);
+        QBError error;
+        const QByteArray read = networking().requestFileDataWithDocID(u"d"_s, 10, 5, &error);
+        QTEST(static_cast<int>(error.code()), "code");
+        QCOMPARE(read, expected);
+        QCOMPARE(read.isNull(), expected.isNull());
+        QCOMPARE(server->bodies().first(), "{\"docid\":\"d\",\"length\":10,\"offset\":5}"_ba);
+    }
+
+    void readsIntoTheCallersBuffer()
+    {
+        const QByteArray contents = randomBytes(3'000'000);
+        server->expect("POST ", bytes(contents, "ETag: r9\r\nX-Total-Size: 5000000000\r\n"))
+            .expect("POST ", bytes("abc", "etag: W/\"r 10\"\r\nx-total-size: 3\r\n"))
+            .expect("POST ", bytes("abc"));
+        DocumentTransfer transfer(networking());
+        QByteArray buffer(contents.size() + 2, '#');
+        QBError error;
+        const auto large = transfer.readRange(u"d"_s, 4'000'000'000, contents.size(), buffer.data() + 1, &error);
+        QVERIFY(large && !error);
+        QCOMPARE(large->bytes, contents.size());
+        QCOMPARE(large->rev, u"r9"_s);
+        QCOMPARE(large->totalSize, 5'000'000'000);
+        QVERIFY2(buffer == "#" + contents + "#", "nothing beside the range");
+        QCOMPARE(server->bodies().first(), "{\"docid\":\"d\",\"length\":3000000,\"offset\":4000000000}"_ba);
+
+        const auto quoted = transfer.readRange(u"d"_s, 0, 10, buffer.data(), &error);
+        QCOMPARE(quoted->rev, u"r 10"_s);
+        QCOMPARE(quoted->totalSize, 3);
+        const auto untold = transfer.readRange(u"d"_s, 0, 10, buffer.data(), &error);
+        QVERIFY(untold->rev.isNull());
+        QCOMPARE(untold->totalSize, -1);
+    }
+
+    void pinsARevision()
+    {
+        server->expect("POST ", bytes("abc", "ETag: r1\r\n"))
+            .expect("POST ", bytes("abc", "ETag: r2\r\n"))
+            .expect("POST ", document("{}", "abc"));
+        DocumentTransfer transfer(networking());
+        QByteArray buffer(3, '#');
+        QBError error;
+        QVERIFY(transfer.readRange(u"d"_s, 0, 3, buffer.data(), &error, u"r1"_s));
+        QCOMPARE(server->bodies().first(), "{\"docid\":\"d\",\"length\":3,\"offset\":0,\"rev\":\"r1\"}"_ba);
+        QVERIFY2(!transfer.readRange(u"d"_s, 0, 3, buffer.data(), &error, u"r1"_s), "bytes of another revision");
+        QCOMPARE(error.code(), static_cast<qint64>(TransportError::BadReply));
+        CountingSink sink;
+        QVERIFY(transfer.downloadFile(u"d"_s, sink, &error, u"r1"_s));
+        QCOMPARE(server->bodies().last(), "{\"docid\":\"d\",\"rev\":\"r1\",\"sn\":0}"_ba);
+    }
+
+    void downloads_data()
+    {
+        const testing::Rows<ScriptedAnswer, QByteArray, int> row("answer", "expected", "code");
+        const QByteArray whole = framed("XyZ", record, "contents");
+        row("whole", document(record, "contents"), "contents", 0);
+        row("empty", document(record, ""), "", 0);
+        row("tricky", document("{\"size\":12}", "\r\n--Xy\r\n--"), {}, -1005);
+        row("right size", document("{\"size\":10}", "\r\n--Xy\r\n--"), "\r\n--Xy\r\n--", 0);
+        row("a million", document(record, randomBytes(900'000)), randomBytes(900'000), 0);
+        row("size differs", document("{\"size\":9}", "contents"), {}, -1005);
+        row("no record", document("[]", "contents"), {}, -1011);
+        row("error as record", document(refusal, ""), {}, 404006);
+        row("refused", Answer::json(refusal, 404), {}, 404006);
+        row("refused kindly", Answer::json(refusal), {}, 404006);
+        row("no multipart", bytes("contents"), {}, -1011);
+        row("nothing", Answer::reply("", 200, multipart), {}, -1011);
+        row("no boundary", Answer::reply("--\r\n\r\n", 200, "Content-Type: multipart/form-data\r\n"), {}, -1011);
+        row("wrong boundary", Answer::reply(framed("Other", "{}", "c"), 200, multipart), {}, -1005);
+        row("HTTP error", Answer::reply(framed("XyZ", "{}", "c"), 500, multipart), {}, -1011);
+        row("cut by length", cut(multipart + "Content-Length: 999\r\n", whole), {}, -1005);
+        for (const qsizetype missing : {1, 2, 6, 14, 30})
+            row(qPrintable(u"cut %1 before the end"_s.arg(missing)), cut(multipart, whole.chopped(missing)), {}, -1005);
+    }
+    void downloads()
+    {
+        QFETCH(const ScriptedAnswer, answer);
+        QFETCH(const QByteArray, expected);
+        QFETCH(const int, code);
+        client->signIn();
+        server->expect("POST /api/v1/file?method=download&tokenid=t1 HTTP/1.1\r\n", answer);
+        QBError error;
+        qint64 totalSize = -7;
+        const QByteArray contents = networking().requestFileDataWithDocID(u"d"_s, &totalSize, &error);
+        QCOMPARE(error.code(), code);
+        QVERIFY(contents == expected);
+        QCOMPARE(contents.isNull(), code != 0);
+        QCOMPARE(totalSize, code == 0 ? expected.size() : -7);
+        QCOMPARE(server->bodies().first(), "{\"docid\":\"d\",\"sn\":0}"_ba);
+    }
 };
 
 void TestDocumentTransfer::framesUploads_data()
 {
-    QTest::addColumn<Upload>("upload");
-    QTest::addColumn<QByteArray>("json");
-    QTest::addColumn<QByteArray>("contents");
-    const QByteArray odd = "a\r\n\0b--"_ba;
-    QTest::newRow("new empty file") << Upload([](QBNetworking &n, QBError *e) {
-        return n.requestCreateFileWithParentDocID(u"qb://A"_s, u"é\"\n.txt"_s, e);
-    }) << R"({"docid":"qb://A","length":0,"name":"é\"\n.txt","ondup":3})"_ba
-                                    << ""_ba;
-    QTest::newRow("new contents") << Upload([odd](QBNetworking &n, QBError *e) {
-        return n.requestUploadFileWithDocID(u"qb://A/1"_s, odd, e);
-    }) << R"({"docid":"qb://A/1","length":7,"ondup":3})"_ba
-                                  << odd;
-    QTest::newRow("no contents") << Upload([](QBNetworking &n, QBError *e) {
-        return n.requestUploadFileWithDocID(u"qb://A/1"_s, {}, e);
-    }) << R"({"docid":"qb://A/1","length":0,"ondup":3})"_ba
-                                 << ""_ba;
-    QTest::newRow("new file with contents and rule") << Upload([odd](QBNetworking &n, QBError *e) {
-        MemorySource source(odd);
-        return DocumentTransfer(n).createFile(u"qb://A"_s, u"b"_s, source, e, DocumentTransfer::TakeFreeName, 5);
-    }) << R"({"client_mtime":5,"docid":"qb://A","length":7,"name":"b","ondup":2})"_ba
-                                                     << odd;
-    QTest::newRow("eight megabytes") << Upload([](QBNetworking &n, QBError *e) {
-        MemorySource source(randomBytes(8 << 20));
-        return DocumentTransfer(n).uploadFile(u"d"_s, source, e, 1795000000000001);
-    }) << R"({"client_mtime":1795000000000001,"docid":"d","length":8388608,"ondup":3})"_ba
-                                     << randomBytes(8 << 20);
-}
-
-void TestDocumentTransfer::framesUploads()
-{
-    QFETCH(const Upload, upload);
-    QFETCH(const QByteArray, json);
-    QFETCH(const QByteArray, contents);
-    ScriptedServer server;
-    ApiClient client(server, std::chrono::seconds(10));
-    client.signIn();
-    for (int i = 0; i < 2; ++i)
-        server.expect("POST /api/v1/file?method=upload&tokenid=t1 HTTP/1.1\r\n", ScriptedAnswer::json(record));
-    for (int i = 0; i < 2; ++i) {
-        QBError error;
-        const ServerReply reply = upload(client.networking, &error);
-        QVERIFY2(!error, qPrintable(error.localizedDescription()));
-        QCOMPARE(reply->value(u"rev"_s).toString(), u"r2"_s);
-        const QByteArray boundary = boundaryIn(server.requests().last());
-        QCOMPARE(boundary.size(), 16);
-        QVERIFY2(server.bodies().last() == framed(boundary, json, contents), "the framing, byte for byte");
-    }
-    QVERIFY2(boundaryIn(server.requests().first()) != boundaryIn(server.requests().last()), "a new one each time");
-    QCOMPARE(server.complaint(), QString());
-}
-
-void TestDocumentTransfer::uploadsFromAFile()
-{
-    const QByteArray contents = randomBytes(300'000);
-    ScriptedServer server;
-    ApiClient client(server);
-    const QString path = client.folder.filePath(u"upload"_s);
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::ReadWrite) && file.write(contents) == contents.size() && file.flush());
-    server.expect("POST ", ScriptedAnswer::json(record)).expect("POST ", ScriptedAnswer::json(record));
-    QBError error;
-    for (const qint64 length : {contents.size(), qsizetype(1000)}) {
-        FileSource source(file.handle(), length);
-        QVERIFY(DocumentTransfer(client.networking).uploadFile(u"d"_s, source, &error));
-        QVERIFY(server.bodies().last().contains("\r\n\r\n" + contents.left(length) + "\r\n--"));
-    }
-    // The file is shorter than it was said to be.
-    FileSource shortened(file.handle(), contents.size() + 1);
-    QVERIFY(!DocumentTransfer(client.networking).uploadFile(u"d"_s, shortened, &error));
-    QCOMPARE(error.code(), static_cast<qint64>(TransportError::BodyUnreadable));
-    QCOMPARE(server.complaint(), QString());
-}
-
-void TestDocumentTransfer::sendsAnUploadAgainAfterARedirect()
-{
-    const QByteArray contents = randomBytes(500'000);
-    for (const int status : {302, 307}) {
-        ScriptedServer server;
-        ApiClient client(server);
-        server.expect("POST /api/v1/file", ScriptedAnswer::redirect(server.url(u"/elsewhere"_s), status))
-            .expect("POST /elsewhere ", ScriptedAnswer::json(record));
-        MemorySource source(contents);
-        QBError error;
-        QVERIFY(DocumentTransfer(client.networking).uploadFile(u"d"_s, source, &error));
-        QCOMPARE(server.bodies().size(), 2);
-        QVERIFY(server.bodies().first() == server.bodies().last());
-        QVERIFY(server.bodies().last().contains(contents));
-        QCOMPARE(server.complaint(), QString());
-    }
-}
-
-void TestDocumentTransfer::sendsAnUploadAgainOnADeadConnection()
-{
-    const QByteArray contents = randomBytes(500'000);
-    ScriptedServer server;
-    ApiClient client(server);
-    server.expect("POST ", ScriptedAnswer::json("{}"))
-        .expect("POST ", ScriptedAnswer::raw(""))
-        .expect("POST ", ScriptedAnswer::json(record));
-    client.networking.getFileAttribute(u"d"_s);
-    MemorySource source(contents);
-    QBError error;
-    QVERIFY(DocumentTransfer(client.networking).uploadFile(u"d"_s, source, &error));
-    QVERIFY(server.bodies().at(1) == server.bodies().at(2));
-    QVERIFY(server.bodies().at(2).contains(contents));
-    QCOMPARE(server.complaint(), QString());
-}
-
-void TestDocumentTransfer::passesUploadRefusalsOn()
-{
-    ScriptedServer server;
-    ApiClient client(server);
-    const QByteArray refusal = R"J({"errcode":403031,"errmsg":"no","causemsg":"locked by Bob(b)"})J";
-    server.expect("POST ", ScriptedAnswer::json(refusal, 403)).expect("POST ", ScriptedAnswer::json(refusal));
-    for (const QByteArray &odd : {""_ba, "[]"_ba, "<html>"_ba})
-        server.expect("POST ", ScriptedAnswer::json(odd));
-    for (const qint64 code : {403031, 403031, -1011, -1011, -1011}) {
-        QBError error;
-        QVERIFY(!client.networking.requestUploadFileWithDocID(u"d"_s, "x", &error));
-        QCOMPARE(error.code(), code);
-        QCOMPARE(error.lockUser(), code > 0 ? u"Bob"_s : QString());
-    }
-    QCOMPARE(server.complaint(), QString());
-}
-
-void TestDocumentTransfer::readsRanges_data()
-{
-    QTest::addColumn<ScriptedAnswer>("answer");
-    QTest::addColumn<QByteArray>("expected");
-    QTest::addColumn<int>("code");
-    const auto octets = "Content-Type: application/octet-stream\r\n"_ba;
-    const auto refusal = R"({"errcode":404006,"errmsg":"gone"})"_ba;
-    QTest::newRow("all") << bytes("0123456789") << "0123456789"_ba << 0;
-    QTest::newRow("to the end") << bytes("0123") << "0123"_ba << 0;
-    QTest::newRow("past the end") << bytes("") << ""_ba << 0;
-    QTest::newRow("contents like an error") << bytes(refusal.left(10)) << refusal.left(10) << 0;
-    QTest::newRow("without a type") << ScriptedAnswer::reply("0123456789") << "0123456789"_ba << 0;
-    QTest::newRow("partial content") << ScriptedAnswer::reply("01", 206, octets) << "01"_ba << 0;
-    QTest::newRow("at the end by size") << bytes("01", "X-Total-Size: 7\r\n") << "01"_ba << 0;
-    QTest::newRow("odd size") << bytes("01", "X-Total-Size: many\r\n") << "01"_ba << 0;
-    QTest::newRow("short") << bytes("01", "X-Total-Size: 8\r\n") << QByteArray() << -1011;
-    QTest::newRow("too much") << bytes("0123456789A") << QByteArray() << -1011;
-    QTest::newRow("cut") << ScriptedAnswer::raw("HTTP/1.1 200 OK\r\n" + octets + "Content-Length: 10\r\n\r\n0123")
-                         << QByteArray() << -1005;
-    QTest::newRow("refused") << ScriptedAnswer::json(refusal, 404) << QByteArray() << 404006;
-    QTest::newRow("refused kindly") << ScriptedAnswer::json(refusal) << QByteArray() << 404006;
-    QTest::newRow("refused as bytes") << ScriptedAnswer::reply(refusal, 404, octets) << QByteArray() << 404006;
-    QTest::newRow("HTTP error") << ScriptedAnswer::reply("0123", 500, octets) << QByteArray() << -1011;
-    QTest::newRow("no reply to speak of") << ScriptedAnswer::reply("", 304) << QByteArray() << -1011;
-    QTest::newRow("JSON instead") << ScriptedAnswer::json("{}") << QByteArray() << -1011;
-}
-
-void TestDocumentTransfer::readsRanges()
-{
-    QFETCH(const ScriptedAnswer, answer);
-    QFETCH(const QByteArray, expected);
-    QFETCH(const int, code);
-    ScriptedServer server;
-    ApiClient client(server);
-    client.signIn();
-    server.expect("POST /api/v1/file?method=read&tokenid=t1 HTTP/1.1\r\n", answer);
-    QBError error;
-    const QByteArray read = client.networking.requestFileDataWithDocID(u"d"_s, 10, 5, &error);
-    QCOMPARE(error.code(), code);
-    QCOMPARE(read, expected);
-    QCOMPARE(read.isNull(), expected.isNull());
-    QCOMPARE(server.bodies().first(), R"({"docid":"d","length":10,"offset":5})"_ba);
-    QCOMPARE(server.complaint(), QString());
-}
-
-void TestDocumentTransfer::readsIntoTheCallersBuffer()
-{
-    const QByteArray contents = randomBytes(3'000'000);
-    ScriptedServer server;
-    ApiClient client(server);
-    server.expect("POST ", bytes(contents, "ETag: r9\r\nX-Total-Size: 5000000000\r\n"))
-        .expect("POST ", bytes("abc", "etag: W/\"r 10\"\r\nx-total-size: 3\r\n"))
-        .expect("POST ", bytes("abc"));
-    DocumentTransfer transfer(client.networking);
-    QByteArray buffer(contents.size() + 2, '#');
-    QBError error;
-    const auto large = transfer.readRange(u"d"_s, 4'000'000'000, contents.size(), buffer.data() + 1, &error);
-    QVERIFY(large && !error);
-    QCOMPARE(large->bytes, contents.size());
-    QCOMPARE(large->rev, u"r9"_s);
-    QCOMPARE(large->totalSize, 5'000'000'000);
-    QVERIFY2(buffer == "#" + contents + "#", "nothing beside the range");
-    QCOMPARE(server.bodies().first(), R"({"docid":"d","length":3000000,"offset":4000000000})"_ba);
-
-    const auto quoted = transfer.readRange(u"d"_s, 0, 10, buffer.data(), &error);
-    QCOMPARE(quoted->rev, u"r 10"_s);
-    QCOMPARE(quoted->totalSize, 3);
-    const auto untold = transfer.readRange(u"d"_s, 0, 10, buffer.data(), &error);
-    QVERIFY(untold->rev.isNull());
-    QCOMPARE(untold->totalSize, -1);
-    QCOMPARE(server.complaint(), QString());
-}
-
-void TestDocumentTransfer::pinsARevision()
-{
-    ScriptedServer server;
-    ApiClient client(server);
-    server.expect("POST ", bytes("abc", "ETag: r1\r\n"))
-        .expect("POST ", bytes("abc", "ETag: r2\r\n"))
-        .expect("POST ", document("{}", "abc"));
-    DocumentTransfer transfer(client.networking);
-    QByteArray buffer(3, '#');
-    QBError error;
-    QVERIFY(transfer.readRange(u"d"_s, 0, 3, buffer.data(), &error, u"r1"_s));
-    QCOMPARE(server.bodies().first(), R"({"docid":"d","length":3,"offset":0,"rev":"r1"})"_ba);
-    QVERIFY2(!transfer.readRange(u"d"_s, 0, 3, buffer.data(), &error, u"r1"_s), "bytes of another revision");
-    QCOMPARE(error.code(), static_cast<qint64>(TransportError::BadReply));
-    CountingSink sink;
-    QVERIFY(transfer.downloadFile(u"d"_s, sink, &error, u"r1"_s));
-    QCOMPARE(server.bodies().last(), R"({"docid":"d","rev":"r1","sn":0})"_ba);
-    QCOMPARE(server.complaint(), QString());
-}
-
-void TestDocumentTransfer::downloads_data()
-{
-    QTest::addColumn<ScriptedAnswer>("answer");
-    QTest::addColumn<QByteArray>("expected");
-    QTest::addColumn<int>("code");
-    const auto multipart = "Content-Type: multipart/form-data;boundary=XyZ\r\n"_ba;
-    const auto refusal = R"({"errcode":404006,"errmsg":"gone"})"_ba;
-    const auto row = [](const char *name, const ScriptedAnswer &answer, const QByteArray &expected, int code) {
-        QTest::newRow(name) << answer << expected << code;
-    };
-    row("whole", document(record, "contents"), "contents", 0);
-    row("empty", document(record, ""), "", 0);
-    row("tricky", document(R"({"size":12})", "\r\n--Xy\r\n--"), {}, -1005);
-    row("right size", document(R"({"size":10})", "\r\n--Xy\r\n--"), "\r\n--Xy\r\n--", 0);
-    row("a million", document(record, randomBytes(900'000)), randomBytes(900'000), 0);
-    row("size differs", document(R"({"size":9})", "contents"), {}, -1005);
-    row("no record", document("[]", "contents"), {}, -1011);
-    row("error as record", document(refusal, ""), {}, 404006);
-    row("refused", ScriptedAnswer::json(refusal, 404), {}, 404006);
-    row("refused kindly", ScriptedAnswer::json(refusal), {}, 404006);
-    row("no multipart", bytes("contents"), {}, -1011);
-    row("nothing", ScriptedAnswer::reply("", 200, multipart), {}, -1011);
-    row("no boundary", ScriptedAnswer::reply("--\r\n\r\n", 200, "Content-Type: multipart/form-data\r\n"), {}, -1011);
-    row("wrong boundary", ScriptedAnswer::reply(framed("Other", "{}", "c"), 200, multipart), {}, -1005);
-    row("HTTP error", ScriptedAnswer::reply(framed("XyZ", "{}", "c"), 500, multipart), {}, -1011);
-    const QByteArray whole = framed("XyZ", record, "contents");
-    row("cut by length", ScriptedAnswer::raw("HTTP/1.1 200 OK\r\n" + multipart + "Content-Length: 999\r\n\r\n" + whole),
-        {}, -1005);
-    for (const qsizetype missing : {1, 2, 6, 14, 30})
-        row(qPrintable(u"cut %1 before the end"_s.arg(missing)),
-            ScriptedAnswer::raw("HTTP/1.1 200 OK\r\n" + multipart + "\r\n" + whole.chopped(missing)), {}, -1005);
-}
-
-void TestDocumentTransfer::downloads()
-{
-    QFETCH(const ScriptedAnswer, answer);
-    QFETCH(const QByteArray, expected);
-    QFETCH(const int, code);
-    ScriptedServer server;
-    ApiClient client(server);
-    client.signIn();
-    server.expect("POST /api/v1/file?method=download&tokenid=t1 HTTP/1.1\r\n", answer);
-    QBError error;
-    qint64 totalSize = -7;
-    const QByteArray contents = client.networking.requestFileDataWithDocID(u"d"_s, &totalSize, &error);
-    QCOMPARE(error.code(), code);
-    QVERIFY(contents == expected);
-    QCOMPARE(contents.isNull(), code != 0);
-    QCOMPARE(totalSize, code == 0 ? expected.size() : -7);
-    QCOMPARE(server.bodies().first(), R"({"docid":"d","sn":0})"_ba);
-    QCOMPARE(server.complaint(), QString());
-}
-
-void TestDocumentTransfer::downloadsInDrops()
-{
-    ScriptedServer server;
-    ApiClient client(server, std::chrono::seconds(10));
-    ScriptedAnswer drops = document(record, "con\r\n--Xtents");
-    drops.drip = std::chrono::milliseconds(1);
-    server.expect("POST ", drops);
-    CountingSink sink;
-    QBError error;
-    const ServerReply reply = DocumentTransfer(client.networking).downloadFile(u"d"_s, sink, &error);
-    QVERIFY(reply && !error);
-    QCOMPARE(reply->value(u"rev"_s).toString(), u"r2"_s);
-    QCOMPARE(sink.kept, "con\r\n--Xtents"_ba);
-    QCOMPARE(server.complaint(), QString());
+    const testing::Rows<QByteArray, QByteArray, Upload> row("json", "contents", "upload");
+    using N = QBNetworking;
+    row("new empty file", R"({"docid":"qb://A","length":0,"name":"é\"\n.txt","ondup":3})", "",
+        [](N &n, QBError *e) { return n.requestCreateFileWithParentDocID(u"qb://A"_s, u"é\"\n.txt"_s, e); });
+    row("new contents", R"({"docid":"qb://A/1","length":7,"ondup":3})", oddBytes,
+        [](N &n, QBError *e) { return n.requestUploadFileWithDocID(u"qb://A/1"_s, oddBytes, e); });
+    row("no contents", R"({"docid":"qb://A/1","length":0,"ondup":3})", "",
+        [](N &n, QBError *e) { return n.requestUploadFileWithDocID(u"qb://A/1"_s, {}, e); });
+    row("new file with contents and rule", R"({"client_mtime":5,"docid":"qb://A","length":7,"name":"b","ondup":2})",
+        oddBytes, [](N &n, QBError *e) {
+            MemorySource source(oddBytes);
+            return DocumentTransfer(n).createFile(u"qb://A"_s, u"b"_s, source, e, DocumentTransfer::TakeFreeName, 5);
+        });
+    row("eight megabytes", R"({"client_mtime":1795000000000001,"docid":"d","length":8388608,"ondup":3})",
+        randomBytes(8 << 20), [](N &n, QBError *e) {
+            MemorySource source(randomBytes(8 << 20));
+            return DocumentTransfer(n).uploadFile(u"d"_s, source, e, 1795000000000001);
+        });
 }
 
 REGISTER_TEST(TestDocumentTransfer)

@@ -2,10 +2,18 @@
 
 #include "api/ByteSink.h"
 #include "api/ByteSource.h"
+#include "support/Files.h"
 
 #include <QByteArray>
 
 #include <cstring>
+
+/// Highest resident memory of this process so far, in bytes.
+inline qint64 peakMemory()
+{
+    const QByteArray text = testing::contentOf(QStringLiteral("/proc/self/status"));
+    return text.mid(text.indexOf("VmHWM:") + 6).trimmed().split(' ').first().toLongLong() * 1024;
+}
 
 /// Zeros of any length, made when they are asked for; it can run dry before its promised end.
 class ZeroSource : public ByteSource

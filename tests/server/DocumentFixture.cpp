@@ -1,27 +1,27 @@
 #include "server/DocumentFixture.h"
 
+#include "support/Files.h"
+
 #include <httplib.h>
 
 #include <QDirIterator>
-#include <QFile>
 #include <QJsonDocument>
 
 using namespace Qt::StringLiterals;
 
 DocumentFixture::DocumentFixture(const QJsonObject &documents)
 {
-    QFile file(server.options().dataFolder + "/accounts.json"_L1);
-    if (!file.open(QIODevice::ReadWrite))
+    QJsonArray accounts = QJsonDocument::fromJson(testing::contentOf(server.options().dataFolder + "/accounts.json"_L1))
+                              .object()
+                              .value("accounts"_L1)
+                              .toArray();
+    accounts.append(
+        QJsonObject{{u"account"_s, u"anna"_s}, {u"name"_s, u"Anna (A)"_s}, {u"password"_s, u"Anna-pass1"_s}});
+    const QByteArray list = QJsonDocument(accounts).toJson().trimmed();
+    if (!server.useAccounts(list.mid(1).chopped(1)))
         qFatal("no accounts");
-    QJsonObject accounts = QJsonDocument::fromJson(file.readAll()).object();
-    QJsonArray list = accounts.value("accounts"_L1).toArray();
-    list.append(QJsonObject{{u"account"_s, u"anna"_s}, {u"name"_s, u"Anna (A)"_s}, {u"password"_s, u"Anna-pass1"_s}});
-    accounts.insert("accounts"_L1, list);
-    file.resize(0);
-    file.write(QJsonDocument(accounts).toJson());
-    file.close();
     demoToken = server.signInToken();
-    annaToken = server.signIn(u"anna"_s, u"Anna-pass1"_s).json.value("tokenid"_L1).toString();
+    annaToken = server.signIn(u"anna"_s, u"Anna-pass1"_s).text("tokenid");
     actAs(User::Demo);
     if (annaToken.isEmpty() || !useDocumentSettings(documents))
         qFatal("the fixture does not work");
@@ -48,6 +48,20 @@ QJsonArray DocumentFixture::callForArray(const char *name, const QJsonObject &bo
     return QJsonDocument::fromJson(call(name, body).bytes).array();
 }
 
+QJsonArray DocumentFixture::callForArray(const char *name, const QString &docid) const
+{
+    return callForArray(name, {{u"docid"_s, docid}});
+}
+
+Answer DocumentFixture::read(const QString &docid, const QJsonValue &offset, const QJsonValue &length,
+                             const QJsonValue &rev) const
+{
+    QJsonObject body{{u"docid"_s, docid}, {u"offset"_s, offset}, {u"length"_s, length}};
+    if (!rev.isUndefined())
+        body.insert("rev"_L1, rev);
+    return call("file.read", body);
+}
+
 QByteArray DocumentFixture::framed(const QJsonObject &description, const QByteArray &content)
 {
     QJsonObject complete = description;
@@ -64,7 +78,7 @@ Answer DocumentFixture::postUpload(const QByteArray &body, const char *type) con
     if (!result)
         return {};
     const QByteArray bytes = QByteArray::fromStdString(result->body);
-    return {result->status, bytes, QJsonDocument::fromJson(bytes).object()};
+    return {result->status, bytes, QJsonDocument::fromJson(bytes).object(), {}};
 }
 
 Answer DocumentFixture::upload(const QJsonObject &description, const QByteArray &content) const
@@ -74,24 +88,24 @@ Answer DocumentFixture::upload(const QJsonObject &description, const QByteArray 
 
 QString DocumentFixture::entry(int type) const
 {
-    const QJsonArray entries = call("entrydoc2.get", {{u"doctype"_s, type}}).json.value("docinfos"_L1).toArray();
+    const QJsonArray entries = call("entrydoc2.get", {{u"doctype"_s, type}}).array("docinfos");
     return entries.first().toObject().value("docid"_L1).toString();
 }
 
 QString DocumentFixture::makeFolder(const QString &parent, const QString &name) const
 {
-    return call("dir.create", {{u"docid"_s, parent}, {u"name"_s, name}}).json.value("docid"_L1).toString();
+    return call("dir.create", {{u"docid"_s, parent}, {u"name"_s, name}}).text("docid");
 }
 
 QString DocumentFixture::makeFile(const QString &parent, const QString &name, const QByteArray &content) const
 {
     const QJsonObject description{{u"docid"_s, parent}, {u"name"_s, name}, {u"ondup"_s, 3}};
-    return upload(description, content).json.value("docid"_L1).toString();
+    return upload(description, content).text("docid");
 }
 
 QByteArray DocumentFixture::contentOf(const QString &docid) const
 {
-    return call("file.read", {{u"docid"_s, docid}, {u"offset"_s, 0}, {u"length"_s, 1 << 30}}).bytes;
+    return read(docid, 0, 1 << 30).bytes;
 }
 
 QStringList DocumentFixture::namesIn(const QString &folder) const
@@ -106,7 +120,7 @@ QStringList DocumentFixture::namesIn(const QString &folder) const
 
 qint64 DocumentFixture::used(int type) const
 {
-    const QJsonArray quotas = call("entrydoc2.getuserquota", {}).json.value("quotainfos"_L1).toArray();
+    const QJsonArray quotas = call("entrydoc2.getuserquota", QJsonObject()).array("quotainfos");
     for (const QJsonValue &quota : quotas)
         if (quota.toObject().value("doctype"_L1).toInt() == type)
             return quota.toObject().value("used"_L1).toInteger();

@@ -17,7 +17,12 @@ public:
 
     /// "service.method"
     Answer call(const char *name, const QJsonObject &body) const;
+    Answer call(const char *name, const QString &docid) const { return call(name, {{QStringLiteral("docid"), docid}}); }
     QJsonArray callForArray(const char *name, const QJsonObject &body) const;
+    QJsonArray callForArray(const char *name, const QString &docid) const;
+    /// Null `rev`: of the newest revision.
+    Answer read(const QString &docid, const QJsonValue &offset, const QJsonValue &length,
+                const QJsonValue &rev = QJsonValue::Undefined) const;
     Answer upload(const QJsonObject &description, const QByteArray &content) const;
     /// An upload's body as it is sent, with the boundary "BOUNDARY".
     static QByteArray framed(const QJsonObject &description, const QByteArray &content);

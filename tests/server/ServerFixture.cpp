@@ -1,5 +1,7 @@
 #include "server/ServerFixture.h"
 
+#include "support/Files.h"
+
 #include <httplib.h>
 
 #include <openssl/evp.h>
@@ -27,7 +29,10 @@ template <class Client> Answer send(Client &client, const QString &target, const
     if (!result)
         return {};
     const QByteArray bytes = QByteArray::fromStdString(result->body);
-    return {result->status, bytes, QJsonDocument::fromJson(bytes).object()};
+    Answer answer{result->status, bytes, QJsonDocument::fromJson(bytes).object(), {}};
+    for (const auto &[name, value] : result->headers)
+        answer.headers.insert(QByteArray::fromStdString(name).toLower(), QByteArray::fromStdString(value));
+    return answer;
 }
 
 /// Keys take long to make: the servers of one program share those of the first.
@@ -109,11 +114,15 @@ Answer ServerFixture::post(const QString &target, const QByteArray &body, bool h
     return send(client, target, body);
 }
 
-Answer ServerFixture::call(const QString &service, const QString &method, const QJsonObject &body,
-                           const QString &token) const
+Answer ServerFixture::call(const QString &name, const QJsonObject &body, const QString &token) const
 {
-    const QString target = "/api/v1/%1?method=%2"_L1.arg(service, method);
+    const QString target = "/api/v1/%1?method=%2"_L1.arg(name.section(u'.', 0, 0), name.section(u'.', 1));
     return post(token.isEmpty() ? target : target + "&tokenid="_L1 + token, QJsonDocument(body).toJson());
+}
+
+bool ServerFixture::useAccounts(const QByteArray &list) const
+{
+    return testing::writeFile(folder() + "/data/accounts.json"_L1, "{\"accounts\":[" + list + "]}", 0600);
 }
 
 QString ServerFixture::encrypted(const QString &password) const
@@ -151,12 +160,12 @@ Answer ServerFixture::signIn(const QString &account, const QString &password, co
     QJsonObject body = signInBody(account, password);
     body.insert("vcodeinfo"_L1, vcodeinfo);
     body.insert("dualfactorauthinfo"_L1, dualfactor);
-    return call(u"auth1"_s, u"getnew"_s, body);
+    return call(u"auth1.getnew"_s, body);
 }
 
 QString ServerFixture::signInToken() const
 {
-    return signIn(demoName(), demoPassword()).json.value("tokenid"_L1).toString();
+    return signIn(demoName(), demoPassword()).text("tokenid");
 }
 
 Answer ServerFixture::changePassword(const QString &account, const QString &oldPassword,

@@ -2,6 +2,8 @@
 
 #include "DocumentServer/Server.h"
 
+#include <QHash>
+#include <QJsonArray>
 #include <QJsonObject>
 #include <QString>
 #include <QTemporaryDir>
@@ -14,9 +16,13 @@ struct Answer {
     int status = 0; ///< 0: no reply
     QByteArray bytes;
     QJsonObject json;
+    QHash<QByteArray, QByteArray> headers; ///< names in lower case
 
-    int code() const { return json.value(QLatin1String("errcode")).toInt(); }
+    int code() const { return int(number("errcode")); }
     QJsonObject detail() const { return json.value(QLatin1String("detail")).toObject(); }
+    QString text(const char *member) const { return json.value(QLatin1String(member)).toString(); }
+    qint64 number(const char *member) const { return json.value(QLatin1String(member)).toInteger(); }
+    QJsonArray array(const char *member) const { return json.value(QLatin1String(member)).toArray(); }
 };
 
 /// A real server on free ports in a folder of its own, with a clock that the test moves, and the requests of a client.
@@ -28,14 +34,15 @@ public:
     /// Starts the server again over the same files, as after a crash or an update.
     bool restart();
     bool useScenario(const QJsonObject &scenario) { return server->setScenario(scenario); }
+    /// As if somebody edited the file of the accounts by hand: `list` is what stands between its brackets.
+    bool useAccounts(const QByteArray &list) const;
     /// Sends all further requests to a server program of this data folder that listens on the HTTP port; -1: to the
     /// server in this process again.
     void talkTo(int httpPort, const QString &dataFolder);
     void pass(qint64 seconds) { time += seconds * 1000; }
 
-    /// POST to "/api/v1/SERVICE?method=METHOD"; a token and a signature are added where given.
-    Answer call(const QString &service, const QString &method, const QJsonObject &body = {},
-                const QString &token = {}) const;
+    /// POST of the call "service.method"; a token is added where given.
+    Answer call(const QString &name, const QJsonObject &body = {}, const QString &token = {}) const;
     /// POST with any target and body.
     Answer post(const QString &target, const QByteArray &body, bool https = false) const;
 

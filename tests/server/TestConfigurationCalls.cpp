@@ -1,4 +1,5 @@
 #include "server/ServerFixture.h"
+#include "support/Rows.h"
 #include "support/TestMain.h"
 
 #include <QFile>
@@ -30,7 +31,7 @@ private Q_SLOTS:
                               {u"config"_s, QJsonObject{{u"hideLogin"_s, true}}},
                               {u"tickets"_s, QJsonObject{{u"ST-1"_s, u"demo"_s}}}};
         ServerFixture fixture({{u"server_version"_s, u"5"_s}, {u"enable_strong_pwd"_s, true}});
-        const QJsonObject plain = fixture.call(u"auth1"_s, u"getconfig"_s).json;
+        const QJsonObject plain = fixture.call(u"auth1.getconfig"_s).json;
         QCOMPARE(plain.value("https"_L1), QJsonValue(true));
         QCOMPARE(plain.value("https_port"_L1).toInt(), fixture.server->httpsPort());
         QCOMPARE(plain.value("port"_L1).toInt(), fixture.server->httpPort());
@@ -39,7 +40,7 @@ private Q_SLOTS:
         QCOMPARE(plain.value("vcode_login_config"_L1).toObject().value("passwderrcnt"_L1).toInt(), 3);
         QVERIFY(!plain.contains("thirdauth"_L1));
         QVERIFY(fixture.useScenario({{u"thirdauth"_s, sso}}));
-        const QJsonObject third = fixture.call(u"auth1"_s, u"getconfig"_s).json.value("thirdauth"_L1).toObject();
+        const QJsonObject third = fixture.call(u"auth1.getconfig"_s).json.value("thirdauth"_L1).toObject();
         QCOMPARE(third.value("config"_L1).toObject().value("hideLogin"_L1), QJsonValue(true));
         QVERIFY2(!third.contains("tickets"_L1), "tickets must never leave the server");
     }
@@ -47,75 +48,61 @@ private Q_SLOTS:
     /// Each call that asks for a token gets none, an unknown one and a good one.
     void callsThatNeedAToken_data()
     {
-        QTest::addColumn<QString>("service");
-        QTest::addColumn<QString>("method");
-        QTest::addColumn<QJsonObject>("body");
-        QTest::addColumn<QStringList>("members");
-        QTest::newRow("oem") << u"config"_s << u"getoemconfigbysection"_s << QJsonObject{{u"section"_s, u"quillbox"_s}}
-                             << QStringList{u"autoPopUserAgreement"_s, u"agreementText"_s};
-        QTest::newRow("share") << u"perm1"_s << u"getsharedocconfig"_s << QJsonObject() << QStringList{u"innerlink"_s};
-        QTest::newRow("host") << u"redirect"_s << u"gethostinfo"_s << QJsonObject{{u"https"_s, 1}, {u"port"_s, 443}}
-                              << QStringList{u"https"_s, u"port"_s};
-        QTest::newRow("user") << u"user"_s << u"get"_s << QJsonObject()
-                              << QStringList{
-                                     u"account"_s,        u"name"_s,     u"mail"_s,       u"roleinfos"_s,
-                                     u"directdepinfos"_s, u"usertype"_s, u"pwdcontrol"_s, u"agreedtotermsofuse"_s};
-        QTest::newRow("agree") << u"user"_s << u"agreedtotermsofuse"_s << QJsonObject() << QStringList();
-        QTest::newRow("quota") << u"entrydoc2"_s << u"getuserquota"_s << QJsonObject() << QStringList{u"quotainfos"_s};
-        QTest::newRow("client") << u"config"_s << u"get"_s << QJsonObject{{u"ostype"_s, u"5"_s}}
-                                << QStringList{u"needquickstart"_s};
-        QTest::newRow("quick start") << u"config"_s << u"setquickstartstatus"_s << QJsonObject{{u"ostype"_s, u"5"_s}}
-                                     << QStringList();
+        const testing::Rows<QString, QJsonObject, QStringList> row("name", "body", "members");
+        const QJsonObject ostype{{u"ostype"_s, u"5"_s}};
+        row("config.getoemconfigbysection", QJsonObject{{u"section"_s, u"quillbox"_s}},
+            {"autoPopUserAgreement", "agreementText"});
+        row("perm1.getsharedocconfig", {}, {"innerlink"});
+        row("redirect.gethostinfo", QJsonObject{{u"https"_s, 1}, {u"port"_s, 443}}, {"https", "port"});
+        row("user.get", {},
+            {"account", "name", "mail", "roleinfos", "directdepinfos", "usertype", "pwdcontrol", "agreedtotermsofuse"});
+        row("user.agreedtotermsofuse", {}, {});
+        row("entrydoc2.getuserquota", {}, {"quotainfos"});
+        row("config.get", ostype, {"needquickstart"});
+        row("config.setquickstartstatus", ostype, {});
     }
     void callsThatNeedAToken()
     {
-        QFETCH(QString, service);
-        QFETCH(QString, method);
+        QFETCH(QString, name);
         QFETCH(QJsonObject, body);
         QFETCH(QStringList, members);
         static const ServerFixture fixture;
-        QCOMPARE(fixture.call(service, method, body).code(), 401001);
-        QCOMPARE(fixture.call(service, method, body, u"0123456789abcdef"_s).code(), 401001);
+        QCOMPARE(fixture.call(name, body).code(), 401001);
+        QCOMPARE(fixture.call(name, body, u"0123456789abcdef"_s).code(), 401001);
         const QString token = fixture.signInToken();
-        const Answer answer = fixture.call(service, method, body, token);
+        const Answer answer = fixture.call(name, body, token);
         QCOMPARE(answer.status, 200);
         for (const QString &member : members)
             QVERIFY2(answer.json.contains(member), qPrintable(member));
-        QCOMPARE(fixture.call(service, method, body, token + "&userid=other"_L1).code(), 401001);
+        QCOMPARE(fixture.call(name, body, token + "&userid=other"_L1).code(), 401001);
     }
 
     void agreementAndQuickStart()
     {
         ServerFixture fixture({{u"needquickstart"_s, true}});
         const QString token = fixture.signInToken();
-        const auto agreed = [&] {
-            return fixture.call(u"user"_s, u"get"_s, {}, token).json.value("agreedtotermsofuse"_L1);
-        };
+        const auto agreed = [&] { return fixture.call(u"user.get"_s, {}, token).json.value("agreedtotermsofuse"_L1); };
         const auto quickStart = [&] {
-            return fixture.call(u"config"_s, u"get"_s, {{u"ostype"_s, u"5"_s}}, token).json.value("needquickstart"_L1);
+            return fixture.call(u"config.get"_s, {{u"ostype"_s, u"5"_s}}, token).json.value("needquickstart"_L1);
         };
         QCOMPARE(agreed(), QJsonValue(false));
         QCOMPARE(quickStart(), QJsonValue(true));
-        fixture.call(u"user"_s, u"agreedtotermsofuse"_s, {}, token);
-        fixture.call(u"config"_s, u"setquickstartstatus"_s, {{u"ostype"_s, u"5"_s}}, token);
+        fixture.call(u"user.agreedtotermsofuse"_s, {}, token);
+        fixture.call(u"config.setquickstartstatus"_s, {{u"ostype"_s, u"5"_s}}, token);
         QCOMPARE(agreed(), QJsonValue(true));
         QCOMPARE(quickStart(), QJsonValue(false));
     }
 
     void updates_data()
     {
-        QTest::addColumn<QJsonObject>("update");
-        QTest::addColumn<QString>("platform");
-        QTest::addColumn<int>("code");
-        QTest::addColumn<QString>("result");
+        const testing::Rows<QJsonObject, QString, int, QString> row("update", "platform", "code", "result");
         const QJsonObject forced{{u"result"_s, u"forced"_s}, {u"latest"_s, u"2.0.0"_s}};
-        QTest::newRow("nothing set") << QJsonObject() << u"mac"_s << 0 << u"ok"_s;
-        QTest::newRow("forced") << forced << u"mac"_s << 0 << u"forced"_s;
-        QTest::newRow("already newest") << QJsonObject{{u"result"_s, u"forced"_s}, {u"latest"_s, u"1.10.0"_s}}
-                                        << u"mac"_s << 0 << u"ok"_s;
-        QTest::newRow("optional") << QJsonObject{{u"result"_s, u"optional"_s}} << u"mac"_s << 0 << u"optional"_s;
-        QTest::newRow("not known") << QJsonObject{{u"known"_s, false}} << u"mac"_s << 400003 << QString();
-        QTest::newRow("other platform") << forced << u"amiga"_s << 400003 << QString();
+        row("nothing set", {}, "mac", 0, "ok");
+        row("forced", forced, "mac", 0, "forced");
+        row("already newest", QJsonObject{{u"result"_s, u"forced"_s}, {u"latest"_s, u"1.10.0"_s}}, "mac", 0, "ok");
+        row("optional", QJsonObject{{u"result"_s, u"optional"_s}}, "mac", 0, "optional");
+        row("not known", QJsonObject{{u"known"_s, false}}, "mac", 400003, {});
+        row("other platform", forced, "amiga", 400003, {});
     }
     void updates()
     {
@@ -123,24 +110,24 @@ private Q_SLOTS:
         QFETCH(QString, platform);
         const ServerFixture fixture({{u"update"_s, update}});
         const QJsonObject body{{u"platform"_s, platform}, {u"version"_s, u"1.10.0"_s}};
-        const Answer answer = fixture.call(u"update"_s, u"check"_s, body);
+        const Answer answer = fixture.call(u"update.check"_s, body);
         QTEST(answer.code(), "code");
-        QTEST(answer.json.value("result"_L1).toString(), "result");
+        QTEST(answer.text("result"), "result");
     }
 
     void updateImageIsServed_data()
     {
-        QTest::addColumn<QString>("name");
+        const testing::Rows<QString> row("name");
         for (const char *name : {"New Client.dmg", "a \"b\" 'c'; $(d)%20#?&+\\.dmg", "新.dmg"})
-            QTest::newRow(name) << QString::fromUtf8(name);
+            row(name, QString::fromUtf8(name));
     }
     void updateImageIsServed()
     {
         QFETCH(QString, name);
         ServerFixture fixture;
         const QJsonObject body{{u"osType"_s, 3}, {u"reqhost"_s, u"127.0.0.1"_s}, {u"usehttps"_s, false}};
-        const auto url = [&] { return fixture.call(u"update"_s, u"download"_s, body).json.value("URL"_L1).toString(); };
-        QCOMPARE(fixture.call(u"update"_s, u"download"_s, body).code(), 400003);
+        const auto url = [&] { return fixture.call(u"update.download"_s, body).text("URL"); };
+        QCOMPARE(fixture.call(u"update.download"_s, body).code(), 400003);
         QFile image(fixture.folder() + u'/' + name);
         QVERIFY(image.open(QIODevice::WriteOnly));
         const QByteArray bytes = QByteArray(300'000, 'q') + "end";
@@ -152,9 +139,7 @@ private Q_SLOTS:
         const QString address = url();
         QCOMPARE(address, base + "/download/"_L1 + QString::fromLatin1(QUrl::toPercentEncoding(name, "'+&;$()")));
         const QJsonObject version{{u"platform"_s, u"mac"_s}, {u"version"_s, u"1.0"_s}};
-        const auto told = [&] {
-            return fixture.call(u"update"_s, u"check"_s, version).json.value("downloadurl"_L1).toString();
-        };
+        const auto told = [&] { return fixture.call(u"update.check"_s, version).text("downloadurl"); };
         QCOMPARE(told(), "/download/"_L1 + name);
         httplib::Client client("127.0.0.1", fixture.server->httpPort());
         const std::string path = address.mid(base.size()).toStdString();
@@ -175,30 +160,24 @@ private Q_SLOTS:
         QCOMPARE(url(), address);
     }
 
-    void plannedFailures_data()
-    {
-        QTest::addColumn<QJsonValue>("plan");
-        QTest::addColumn<int>("status");
-        QTest::addColumn<int>("code");
-        QTest::addColumn<QByteArray>("body");
-        QTest::newRow("code") << QJsonValue(403171) << 403 << 403171 << QByteArray();
-        QTest::newRow("status") << QJsonValue(503) << 503 << 0 << QByteArray();
-        QTest::newRow("whole error") << QJsonValue(QJsonObject{{u"errcode"_s, 401020},
-                                                               {u"http"_s, 200},
-                                                               {u"detail"_s, QJsonObject{{u"a"_s, 1}}}})
-                                     << 200 << 401020 << QByteArray();
-        QTest::newRow("text") << QJsonValue(QJsonObject{{u"raw"_s, u"[1"_s}}) << 200 << 0 << QByteArray("[1");
-    }
     void plannedFailures()
     {
-        QFETCH(QJsonValue, plan);
-        QFETCH(QByteArray, body);
-        const ServerFixture fixture({{u"fail"_s, QJsonObject{{u"auth1.getconfig"_s, plan}}}});
-        const Answer answer = fixture.call(u"auth1"_s, u"getconfig"_s);
-        QTEST(answer.status, "status");
-        QTEST(answer.code(), "code");
-        QVERIFY(body.isEmpty() || answer.bytes == body);
-        QCOMPARE(fixture.call(u"auth1"_s, u"getvcode"_s).status, 200);
+        ServerFixture fixture;
+        const auto planned = [&fixture](const QJsonValue &plan) {
+            fixture.useScenario({{u"fail"_s, QJsonObject{{u"auth1.getconfig"_s, plan}}}});
+            return fixture.call(u"auth1.getconfig"_s);
+        };
+        QCOMPARE(planned(403171).status, 403);
+        QCOMPARE(planned(403171).code(), 403171);
+        QCOMPARE(planned(503).status, 503);
+        QCOMPARE(planned(503).code(), 0);
+        const Answer whole =
+            planned(QJsonObject{{u"errcode"_s, 401020}, {u"http"_s, 200}, {u"detail"_s, QJsonObject{{u"a"_s, 1}}}});
+        QCOMPARE(whole.status, 200);
+        QCOMPARE(whole.code(), 401020);
+        QVERIFY(whole.detail().contains("a"_L1));
+        QCOMPARE(planned(QJsonObject{{u"raw"_s, u"[1"_s}}).bytes, "[1"_ba);
+        QCOMPARE(fixture.call(u"auth1.getvcode"_s).status, 200);
     }
 };
 

@@ -1,4 +1,5 @@
 #include "server/DocumentFixture.h"
+#include "support/Rows.h"
 #include "support/TestMain.h"
 
 #include "DocumentServer/documents/Documents.h"
@@ -26,46 +27,40 @@ private Q_SLOTS:
     /// Every call that names a document: what it answers with, and how it refuses a missing, wrong or foreign docid.
     void everyCall_data()
     {
-        QTest::addColumn<QByteArray>("name");
-        QTest::addColumn<QJsonObject>("body");
-        QTest::addColumn<QString>("kind"); // file, folder, any
-        QTest::addColumn<QStringList>("members");
-        const auto row = [](const char *name, const char *kind, const QStringList &members,
-                            const QJsonObject &body = {}) {
-            QTest::newRow(name) << QByteArray(name) << body << QString::fromLatin1(kind) << members;
-        };
+        // Their kind: file, folder or any.
+        const testing::Rows<QByteArray, QString, QStringList, QJsonObject> row("name", "kind", "members", "body");
         const QStringList record{u"docid"_s,       u"name"_s,    u"rev"_s,      u"otag"_s,
                                  u"size"_s,        u"attr"_s,    u"modified"_s, u"client_mtime"_s,
                                  u"create_time"_s, u"creator"_s, u"editor"_s,   u"type"_s};
-        row("entrydoc2.getdocinfo", "any", {u"docid"_s, u"docname"_s, u"doctype"_s, u"typename"_s, u"owner"_s});
-        row("dir.list", "folder", {u"dirs"_s, u"files"_s}, {{u"attr"_s, true}});
-        row("dir.create", "folder", record, {{u"name"_s, u"made"_s}, {u"ondup"_s, 2}});
-        row("dir.attribute", "folder", record + QStringList{u"namepath"_s, u"site"_s});
-        row("file.attribute", "file", record + QStringList{u"namepath"_s, u"site"_s});
-        row("dir.size", "folder", {u"dirnum"_s, u"filenum"_s, u"totalsize"_s, u"recyclesize"_s});
-        row("dir.getsuggestname", "folder", {u"name"_s}, {{u"name"_s, u"n"_s}});
-        row("file.getsuggestname", "folder", {u"name"_s}, {{u"name"_s, u"n"_s}});
-        row("dir.rename", "folder", {u"name"_s}, {{u"name"_s, u"renamed"_s}, {u"ondup"_s, 2}});
-        row("file.rename", "file", {u"name"_s}, {{u"name"_s, u"renamed"_s}, {u"ondup"_s, 2}});
-        row("dir.delete", "folder", {});
-        row("file.delete", "file", {});
-        row("file.convertpath", "any", {u"namepath"_s});
-        row("file.metadata", "file", {u"rev"_s, u"name"_s, u"size"_s, u"modified"_s, u"client_mtime"_s, u"editor"_s});
-        row("file.revisions", "file", {});
-        row("file.read", "file", {}, {{u"offset"_s, 0}, {u"length"_s, 1}});
-        row("file.download", "file", {}, {{u"sn"_s, 0}});
-        row("autolock.trylock", "file", {u"lockid"_s}, {{u"force"_s, false}, {u"expiretime"_s, -1}});
-        row("autolock.unlock", "file", {});
-        row("autolock.getlockinfo", "file", {u"islocked"_s, u"lockername"_s, u"lockeraccount"_s});
-        row("autolock.getdirlockinfo", "folder", {});
-        row("perm1.list", "any", {u"perminfos"_s});
-        row("perm2.get", "any", {u"perminfos"_s});
-        row("perm1.checkall", "any", {u"allowvalue"_s, u"denyvalue"_s});
-        row("perm1.check", "any", {u"result"_s}, {{u"perm"_s, 2}});
-        row("owner.get", "any", {u"ownerinfos"_s});
-        row("owner.check", "any", {u"isowner"_s});
-        row("favorites.add", "any", {});
-        row("favorites.delete", "any", {});
+        row("entrydoc2.getdocinfo", "any", {"docid", "docname", "doctype", "typename", "owner"}, {});
+        row("dir.list", "folder", {u"dirs"_s, u"files"_s}, QJsonObject{{u"attr"_s, true}});
+        row("dir.create", "folder", record, QJsonObject{{u"name"_s, u"made"_s}, {u"ondup"_s, 2}});
+        row("dir.attribute", "folder", record + QStringList{u"namepath"_s, u"site"_s}, {});
+        row("file.attribute", "file", record + QStringList{u"namepath"_s, u"site"_s}, {});
+        row("dir.size", "folder", {"dirnum", "filenum", "totalsize", "recyclesize"}, {});
+        row("dir.getsuggestname", "folder", {u"name"_s}, QJsonObject{{u"name"_s, u"n"_s}});
+        row("file.getsuggestname", "folder", {u"name"_s}, QJsonObject{{u"name"_s, u"n"_s}});
+        row("dir.rename", "folder", {u"name"_s}, QJsonObject{{u"name"_s, u"renamed"_s}, {u"ondup"_s, 2}});
+        row("file.rename", "file", {u"name"_s}, QJsonObject{{u"name"_s, u"renamed"_s}, {u"ondup"_s, 2}});
+        row("dir.delete", "folder", {}, {});
+        row("file.delete", "file", {}, {});
+        row("file.convertpath", "any", {"namepath"}, {});
+        row("file.metadata", "file", {"rev", "name", "size", "modified", "client_mtime", "editor"}, {});
+        row("file.revisions", "file", {}, {});
+        row("file.read", "file", {}, QJsonObject{{u"offset"_s, 0}, {u"length"_s, 1}});
+        row("file.download", "file", {}, QJsonObject{{u"sn"_s, 0}});
+        row("autolock.trylock", "file", {u"lockid"_s}, QJsonObject{{u"force"_s, false}, {u"expiretime"_s, -1}});
+        row("autolock.unlock", "file", {}, {});
+        row("autolock.getlockinfo", "file", {"islocked", "lockername", "lockeraccount"}, {});
+        row("autolock.getdirlockinfo", "folder", {}, {});
+        row("perm1.list", "any", {"perminfos"}, {});
+        row("perm2.get", "any", {"perminfos"}, {});
+        row("perm1.checkall", "any", {"allowvalue", "denyvalue"}, {});
+        row("perm1.check", "any", {u"result"_s}, QJsonObject{{u"perm"_s, 2}});
+        row("owner.get", "any", {"ownerinfos"}, {});
+        row("owner.check", "any", {"isowner"}, {});
+        row("favorites.add", "any", {}, {});
+        row("favorites.delete", "any", {}, {});
     }
     void everyCall()
     {
@@ -109,11 +104,11 @@ private Q_SLOTS:
               QJsonObject{{u"file.upload"_s, 403172}, {u"file.read"_s, 403002}, {u"favorites.check"_s, 403171}}},
              {u"cut"_s, QJsonObject{{u"file.download"_s, 20}, {u"dir.list"_s, 5}}}}));
         QCOMPARE(fixture.upload({{u"docid"_s, file}}, "x").code(), 403172);
-        QCOMPARE(fixture.call("file.read", {{u"docid"_s, file}}).code(), 403002);
+        QCOMPARE(fixture.call("file.read", file).code(), 403002);
         const QJsonArray inArray = fixture.callForArray("favorites.check", {{u"docids"_s, QJsonArray()}});
         QCOMPARE(inArray.first().toObject().value("errcode"_L1).toInt(), 403171);
-        QCOMPARE(fixture.call("file.download", {{u"docid"_s, file}}).status, 0);
-        QCOMPARE(fixture.call("dir.list", {{u"docid"_s, fixture.entry()}}).status, 0);
+        QCOMPARE(fixture.call("file.download", file).status, 0);
+        QCOMPARE(fixture.call("dir.list", fixture.entry()).status, 0);
         QVERIFY(fixture.server.useScenario({}));
         QCOMPARE(fixture.contentOf(file), QByteArray("content"));
     }
@@ -121,9 +116,7 @@ private Q_SLOTS:
     void entries()
     {
         DocumentFixture fixture;
-        const auto all = [&] {
-            return fixture.call("entrydoc2.get", {{u"doctype"_s, 0}}).json.value("docinfos"_L1).toArray();
-        };
+        const auto all = [&] { return fixture.call("entrydoc2.get", {{u"doctype"_s, 0}}).array("docinfos"); };
         QList<int> types;
         for (const QJsonValue &entry : all())
             types.append(entry.toObject().value("doctype"_L1).toInt());
@@ -137,8 +130,8 @@ private Q_SLOTS:
         QCOMPARE(fixture.entry(2), common);
         QVERIFY(fixture.entry(1) != own);
         QCOMPARE(all().first().toObject().value("docname"_L1).toString(), u"Anna (A)"_s);
-        QCOMPARE(fixture.call("dir.list", {{u"docid"_s, own}}).code(), 403002);
-        QCOMPARE(fixture.call("file.read", {{u"docid"_s, secret}, {u"offset"_s, 0}, {u"length"_s, 1}}).code(), 403002);
+        QCOMPARE(fixture.call("dir.list", own).code(), 403002);
+        QCOMPARE(fixture.read(secret, 0, 1).code(), 403002);
         fixture.actAs(DocumentFixture::User::Demo);
         for (const char *call : {"dir.delete", "dir.rename", "dir.move"}) {
             const QJsonObject body{{u"docid"_s, own}, {u"name"_s, u"x"_s}, {u"destparent"_s, common}};
@@ -154,11 +147,10 @@ private Q_SLOTS:
         const DocumentFixture &fixture = shared();
         const QString folder = fixture.makeFolder(fixture.entry(), u"路径"_s);
         const QString file = fixture.makeFile(folder, u"it's.txt"_s);
-        const QString path =
-            fixture.call("file.convertpath", {{u"docid"_s, file}}).json.value("namepath"_L1).toString();
+        const QString path = fixture.call("file.convertpath", file).text("namepath");
         QCOMPARE(path, u"Demo User/路径/it's.txt"_s);
         const auto found = [&](const QString &wanted) {
-            return fixture.call("file.getinfobypath", {{u"namepath"_s, wanted}}).json.value("docid"_L1).toString();
+            return fixture.call("file.getinfobypath", {{u"namepath"_s, wanted}}).text("docid");
         };
         QCOMPARE(found(path), file);
         QCOMPARE(found(u"Demo User/路径"_s), folder);
@@ -179,12 +171,11 @@ private Q_SLOTS:
         const Answer answer = fixture.call("dir.list", {{u"docid"_s, folder}, {u"attr"_s, false}});
         QVERIFY(
             std::none_of(answer.bytes.begin(), answer.bytes.end(), [](char byte) { return byte >= 0 && byte < ' '; }));
-        const QJsonArray files = answer.json.value("files"_L1).toArray();
+        const QJsonArray files = answer.array("files");
         QCOMPARE(files.size(), names.size());
-        QCOMPARE(answer.json.value("dirs"_L1).toArray().size(), 1);
+        QCOMPARE(answer.array("dirs").size(), 1);
         for (const QJsonValue &record : files) {
-            QJsonObject single =
-                fixture.call("file.attribute", {{u"docid"_s, record.toObject().value("docid"_L1)}}).json;
+            QJsonObject single = fixture.call("file.attribute", record.toObject().value("docid"_L1).toString()).json;
             single.remove("namepath"_L1);
             single.remove("site"_L1);
             QCOMPARE(record.toObject(), single);
@@ -220,13 +211,13 @@ private Q_SLOTS:
                 {count, parent->id, parent->home});
             change.commit();
         }
-        const QJsonObject listing = fixture.call("dir.list", {{u"docid"_s, folder}}).json;
+        const QJsonObject listing = fixture.call("dir.list", folder).json;
         QCOMPARE(listing.value("files"_L1).toArray().size(), count + 1);
-        QCOMPARE(fixture.call("dir.size", {{u"docid"_s, folder}}).json.value("filenum"_L1).toInt(), count + 1);
+        QCOMPARE(fixture.call("dir.size", folder).number("filenum"), count + 1);
         const Answer free = fixture.call("file.getsuggestname", {{u"docid"_s, folder}, {u"name"_s, u"file 5"_s}});
-        QCOMPARE(free.json.value("name"_L1).toString(), u"file 5 (2)"_s);
-        QCOMPARE(fixture.call("dir.delete", {{u"docid"_s, folder}}).status, 200);
-        QCOMPARE(fixture.call("file.attribute", {{u"docid"_s, twin}}).code(), 404006);
+        QCOMPARE(free.text("name"), u"file 5 (2)"_s);
+        QCOMPARE(fixture.call("dir.delete", folder).status, 200);
+        QCOMPARE(fixture.call("file.attribute", twin).code(), 404006);
         QCOMPARE(fixture.contentFiles(), 0);
         QCOMPARE(fixture.used(), 0);
     }
@@ -240,13 +231,13 @@ private Q_SLOTS:
             return marks.first().toObject().value("favorited"_L1).toBool();
         };
         QVERIFY(!isFavorite());
-        QCOMPARE(fixture.call("favorites.add", {{u"docid"_s, file}}).status, 200);
-        QCOMPARE(fixture.call("favorites.add", {{u"docid"_s, file}}).status, 200);
+        QCOMPARE(fixture.call("favorites.add", file).status, 200);
+        QCOMPARE(fixture.call("favorites.add", file).status, 200);
         QVERIFY(isFavorite());
         fixture.actAs(DocumentFixture::User::Anna);
         QVERIFY(!isFavorite());
         fixture.actAs(DocumentFixture::User::Demo);
-        QCOMPARE(fixture.call("favorites.delete", {{u"docid"_s, file}}).status, 200);
+        QCOMPARE(fixture.call("favorites.delete", file).status, 200);
         QVERIFY(!isFavorite());
         for (const QJsonValue &wrong : QJsonArray{QJsonValue::Null, u"x"_s, QJsonArray{1}}) {
             const QJsonArray error = fixture.callForArray("favorites.check", {{u"docids"_s, wrong}});

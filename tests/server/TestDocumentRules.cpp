@@ -1,4 +1,5 @@
 #include "server/DocumentFixture.h"
+#include "support/Rows.h"
 #include "support/TestMain.h"
 
 #include <QTest>
@@ -25,7 +26,7 @@ struct Ground {
         if (change == "write"_L1)
             return fixture.upload({{u"docid"_s, file}}, "other").code();
         if (change == "restore"_L1) {
-            const QJsonArray all = fixture.callForArray("file.revisions", {{u"docid"_s, file}});
+            const QJsonArray all = fixture.callForArray("file.revisions", file);
             const QJsonValue rev = all.isEmpty() ? QJsonValue(u"1"_s) : all.first().toObject().value("rev"_L1);
             return fixture.call("file.restorerevision", {{u"docid"_s, file}, {u"rev"_s, rev}}).code();
         }
@@ -41,12 +42,12 @@ struct Ground {
     QString top, folder, file, other;
 };
 
-void addChanges(const QList<std::pair<const char *, int>> &rows)
+void addChanges(const QList<std::pair<int, QByteArrayList>> &changesByCode)
 {
-    QTest::addColumn<QString>("change");
-    QTest::addColumn<int>("code");
-    for (const auto &[change, code] : rows)
-        QTest::newRow(change) << QString::fromLatin1(change) << code;
+    const testing::Rows<QString, int> row("change", "code");
+    for (const auto &[code, changes] : changesByCode)
+        for (const QByteArray &change : changes)
+            row(QString::fromLatin1(change), code);
 }
 } // namespace
 
@@ -57,25 +58,15 @@ class TestDocumentRules : public QObject
 private Q_SLOTS:
     void names_data()
     {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<int>("code");
-        for (const char16_t character : std::u16string_view(u"\\/:*?\"<>|"))
-            QTest::addRow("with %c", char(character)) << u"a%1b"_s.arg(QChar(character)) << 400012;
-        QTest::newRow("NUL") << QString(u"a"_s + QChar(0) + u"b"_s) << 400012;
-        QTest::newRow("empty") << u""_s << 400012;
-        QTest::newRow("dot") << u"."_s << 400012;
-        QTest::newRow("dots") << u".."_s << 400012;
-        QTest::newRow("half a character") << QString(QChar(0xd83d)) << 400012;
-        QTest::newRow("256 bytes") << QString(256, u'a') << 400012;
-        QTest::newRow("256 bytes of Chinese") << QString(u"文"_s.repeated(85) + u"a"_s) << 400012;
-        QTest::newRow("255 bytes") << QString(255, u'a') << 0;
-        QTest::newRow("255 bytes of Chinese") << u"文"_s.repeated(85) << 0;
-        QTest::newRow("emoji") << u"👩‍👩‍👧 🎉"_s << 0;
-        QTest::newRow("quote") << u"it's; DROP TABLE nodes--"_s << 0;
-        QTest::newRow("newline") << u"a\nb\r\n"_s << 0;
-        QTest::newRow("ends in blank") << u"a "_s << 0;
-        QTest::newRow("three dots") << u"..."_s << 0;
-        QTest::newRow("percent") << u"%41%00"_s << 0;
+        const testing::Rows<QString, int> row("name", "code");
+        for (const QChar character : u"\\/:*?\"<>|"_s + QChar(0))
+            row(u"a%1b"_s.arg(character), 400012);
+        for (const QString &bad : {u""_s, u"."_s, u".."_s, QString(QChar(0xd83d)), QString(256, u'a'),
+                                   QString(u"文"_s.repeated(85) + u"a"_s)})
+            row(bad, 400012);
+        for (const QString &good : {QString(255, u'a'), u"文"_s.repeated(85), u"👩‍👩‍👧 🎉"_s,
+                                    u"it's; DROP TABLE nodes--"_s, u"a\nb\r\n"_s, u"a "_s, u"..."_s, u"%41%00"_s})
+            row(good, 0);
     }
     void names()
     {
@@ -97,11 +88,8 @@ private Q_SLOTS:
     /// What happens to a name that is taken, for each way of coming to it.
     void takenNames_data()
     {
-        QTest::addColumn<QString>("way");
-        QTest::addColumn<bool>("fileInTheWay");
-        QTest::addColumn<int>("ondup");
-        QTest::addColumn<int>("code");
-        QTest::addColumn<QString>("name");
+        const testing::Rows<QString, QString, bool, int, int, QString> add("title", "way", "fileInTheWay", "ondup",
+                                                                           "code", "name");
         const QString taken = u"a.txt"_s;
         for (const QString &way :
              {u"upload"_s, u"file.rename"_s, u"file.move"_s, u"dir.create"_s, u"dir.rename"_s, u"dir.move"_s})
@@ -110,8 +98,8 @@ private Q_SLOTS:
                 const bool overwrites = !isFolder && fileInTheWay;
                 const bool merges = way == "dir.create"_L1 && !fileInTheWay;
                 const auto row = [&](int ondup, int code, const QString &name) {
-                    QTest::addRow("%s onto %s %d", qPrintable(way), fileInTheWay ? "file" : "folder", ondup)
-                        << way << fileInTheWay << ondup << code << name;
+                    add(u"%1 onto %2 %3"_s.arg(way, fileInTheWay ? u"file"_s : u"folder"_s).arg(ondup), way,
+                        fileInTheWay, ondup, code, name);
                 };
                 row(1, 403039, {});
                 row(2, 0, isFolder ? u"a.txt (2)"_s : u"a (2).txt"_s);
@@ -120,13 +108,14 @@ private Q_SLOTS:
     }
     void takenNames()
     {
+        QFETCH(QString, title);
         QFETCH(QString, way);
         QFETCH(bool, fileInTheWay);
         QFETCH(int, ondup);
         QFETCH(int, code);
         QFETCH(QString, name);
         static const DocumentFixture fixture;
-        const QString top = fixture.makeFolder(fixture.entry(), QString::fromLatin1(QTest::currentDataTag()));
+        const QString top = fixture.makeFolder(fixture.entry(), title);
         const QString target = fixture.makeFolder(top, u"target"_s);
         const QString elsewhere = fixture.makeFolder(top, u"elsewhere"_s);
         const QString holder =
@@ -148,35 +137,25 @@ private Q_SLOTS:
             QCOMPARE(fixture.used(), used);
             return;
         }
-        QCOMPARE(answer.json.value("name"_L1).toString(), name);
+        QCOMPARE(answer.text("name"), name);
         QVERIFY(fixture.namesIn(target).contains(name));
         if (fileInTheWay && ondup == 3) {
-            QCOMPARE(answer.json.value("docid"_L1).toString(), holder);
+            QCOMPARE(answer.text("docid"), holder);
             QCOMPARE(fixture.contentOf(holder), QByteArray("newer"));
-            QCOMPARE(fixture.callForArray("file.revisions", {{u"docid"_s, holder}}).size(), 2);
+            QCOMPARE(fixture.callForArray("file.revisions", holder).size(), 2);
             QCOMPARE(fixture.used(), used + (way == "upload"_L1 ? 2 : -3));
         }
         if (way != "upload"_L1 && way != "dir.create"_L1 && ondup == 2)
-            QCOMPARE(answer.json.value("docid"_L1).toString(), coming);
+            QCOMPARE(answer.text("docid"), coming);
     }
 
     void permissions_data()
     {
-        addChanges({{"upload", 8},
-                    {"write", 16},
-                    {"restore", 16},
-                    {"file.rename", 16},
-                    {"dir.rename", 16},
-                    {"file.delete", 32},
-                    {"dir.delete", 32},
-                    {"file.move", 32},
-                    {"dir.move", 32},
-                    {"dir.create", 8},
-                    {"file.read", 2},
-                    {"file.revisions", 2},
-                    {"autolock.trylock", 16},
-                    {"file.attribute", 1},
-                    {"dir.list", 1}});
+        addChanges({{1, {"file.attribute", "dir.list"}},
+                    {2, {"file.read", "file.revisions"}},
+                    {8, {"upload", "dir.create"}},
+                    {16, {"write", "restore", "file.rename", "dir.rename", "autolock.trylock"}},
+                    {32, {"file.delete", "dir.delete", "file.move", "dir.move"}}});
     }
     void permissions()
     {
@@ -215,25 +194,17 @@ private Q_SLOTS:
         QCOMPARE(fixture.namesIn(top), QStringList{u"kept"_s});
         QCOMPARE(fixture.entry(5), QString());
         QCOMPARE(fixture.used(5), -1);
-        QCOMPARE(fixture.call("dir.delete", {{u"docid"_s, top}}).code(), 403002);
-        const Answer own = fixture.call("perm1.checkall", {{u"docid"_s, top}});
-        QCOMPARE(own.json.value("allowvalue"_L1).toInt(), 63);
+        QCOMPARE(fixture.call("dir.delete", top).code(), 403002);
+        const Answer own = fixture.call("perm1.checkall", top);
+        QCOMPARE(own.number("allowvalue"), 63);
     }
 
     void locks_data()
     {
-        addChanges({{"write", 403031},
-                    {"restore", 403031},
-                    {"file.rename", 403031},
-                    {"file.delete", 403031},
-                    {"file.move", 403176},
-                    {"dir.rename", 403175},
-                    {"dir.delete", 403175},
-                    {"dir.move", 403175},
-                    {"autolock.trylock", 403031},
-                    {"autolock.unlock", 403031},
-                    {"upload", 0},
-                    {"file.read", 0}});
+        addChanges({{403031, {"write", "restore", "file.rename", "file.delete", "autolock.trylock", "autolock.unlock"}},
+                    {403175, {"dir.rename", "dir.delete", "dir.move"}},
+                    {403176, {"file.move"}},
+                    {0, {"upload", "file.read"}}});
     }
     void locks()
     {
@@ -249,7 +220,7 @@ private Q_SLOTS:
         QCOMPARE(ground.run(change), code);
         if (code == 403031) {
             const Answer refused = fixture.call("autolock.trylock", {{u"docid"_s, ground.file}, {u"force"_s, true}});
-            QVERIFY(refused.json.value("causemsg"_L1).toString().endsWith("locked by Demo User(demo)"_L1));
+            QVERIFY(refused.text("causemsg").endsWith("locked by Demo User(demo)"_L1));
         }
         fixture.actAs(User::Demo);
         if (code != 0)
@@ -270,27 +241,24 @@ private Q_SLOTS:
         fixture.actAs(User::Anna);
         QCOMPARE(fixture.call("autolock.trylock", minute).code(), 403031);
         QCOMPARE(fixture.call("autolock.refresh", infos).code(), 403031);
-        const QJsonObject held =
-            fixture.callForArray("autolock.getdirlockinfo", {{u"docid"_s, folder}}).first().toObject();
+        const QJsonObject held = fixture.callForArray("autolock.getdirlockinfo", folder).first().toObject();
         QCOMPARE(held.value("docid"_L1).toString(), file);
         QCOMPARE(held.value("lockername"_L1).toString(), u"Demo User"_s);
         fixture.server.pass(11);
-        QVERIFY(!fixture.call("autolock.getlockinfo", {{u"docid"_s, file}}).json.value("islocked"_L1).toBool());
+        QVERIFY(!fixture.call("autolock.getlockinfo", file).json.value("islocked"_L1).toBool());
         QVERIFY(fixture.call("autolock.trylock", minute).json.value("lockid"_L1) != first);
         QVERIFY(fixture.server.restart());
-        QVERIFY(fixture.call("autolock.getlockinfo", {{u"docid"_s, file}}).json.value("islocked"_L1).toBool());
-        QCOMPARE(fixture.call("autolock.unlock", {{u"docid"_s, file}}).status, 200);
-        QVERIFY(!fixture.call("autolock.getlockinfo", {{u"docid"_s, file}}).json.value("islocked"_L1).toBool());
+        QVERIFY(fixture.call("autolock.getlockinfo", file).json.value("islocked"_L1).toBool());
+        QCOMPARE(fixture.call("autolock.unlock", file).status, 200);
+        QVERIFY(!fixture.call("autolock.getlockinfo", file).json.value("islocked"_L1).toBool());
     }
 
     void settings_data()
     {
-        QTest::addColumn<QJsonObject>("documents");
-        QTest::addColumn<QString>("change");
-        QTest::addColumn<int>("code");
-        const auto row = [](const char *setting, const QJsonValue &value, const char *change, int code) {
-            QTest::addRow("%s %s", setting, change)
-                << QJsonObject{{QLatin1String(setting), value}} << QString::fromLatin1(change) << code;
+        const testing::Rows<QString, QJsonObject, QString, int> add("title", "documents", "change", "code");
+        const auto row = [&add](const char *setting, const QJsonValue &value, const char *change, int code) {
+            add(QLatin1String(setting) + u' ' + QLatin1String(change), QJsonObject{{QLatin1String(setting), value}},
+                change, code);
         };
         const QJsonArray demo{u"demo"_s};
         for (const char *change :
@@ -350,7 +318,7 @@ private Q_SLOTS:
         QCOMPARE(move("dir.move", outer, inner).code(), 400002);
         QCOMPARE(move("dir.move", outer, outer).code(), 400002);
         QCOMPARE(move("dir.move", inner, file).code(), 404006);
-        QCOMPARE(move("dir.move", inner, team).json.value("docid"_L1).toString(), inner);
+        QCOMPARE(move("dir.move", inner, team).text("docid"), inner);
         QCOMPARE(fixture.contentOf(file), QByteArray("12345"));
         QCOMPARE(fixture.used(1), 0);
         QCOMPARE(fixture.used(2), 5);
@@ -374,7 +342,7 @@ private Q_SLOTS:
         QCOMPARE(fixture.call("dir.move", {{u"docid"_s, top}, {u"destparent"_s, folder}}).code(), 400002);
         const QJsonObject first{{u"namepath"_s, u"Demo User/d"_s}};
         const QJsonValue docid = fixture.call("file.getinfobypath", first).json.value("docid"_L1);
-        QCOMPARE(fixture.call("dir.delete", {{u"docid"_s, docid}}).status, 200);
+        QCOMPARE(fixture.call("dir.delete", docid.toString()).status, 200);
         QCOMPARE(fixture.namesIn(fixture.entry()), QStringList{u"top"_s});
     }
 };

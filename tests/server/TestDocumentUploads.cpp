@@ -1,14 +1,12 @@
 #include "server/DocumentFixture.h"
 #include "server/ServerProgram.h"
+#include "support/Files.h"
+#include "support/Rows.h"
 #include "support/TestMain.h"
 
 #include "DocumentServer/ApiError.h"
 #include "DocumentServer/documents/UploadFraming.h"
 
-#include <httplib.h>
-
-#include <QDir>
-#include <QFile>
 #include <QJsonDocument>
 #include <QTcpSocket>
 #include <QTest>
@@ -67,15 +65,6 @@ bool becomesTrue(const std::function<bool()> &condition)
             return true;
     return false;
 }
-
-qint64 mostMemory(const QProcess &process)
-{
-    QFile status(u"/proc/%1/status"_s.arg(process.processId()));
-    if (!status.open(QIODevice::ReadOnly))
-        return -1;
-    const QByteArray text = status.readAll();
-    return text.mid(text.indexOf("VmHWM:") + 6).trimmed().split(' ').first().toLongLong() * 1024;
-}
 } // namespace
 
 class TestDocumentUploads : public QObject
@@ -84,59 +73,48 @@ class TestDocumentUploads : public QObject
 
 private Q_SLOTS:
     /// Cut into pieces at every place, and into single bytes, it is the same upload.
-    void framingInPieces_data()
-    {
-        QTest::addColumn<QByteArray>("content");
-        QTest::newRow("empty") << QByteArray("");
-        QTest::newRow("text") << QByteArray("text");
-        QTest::newRow("looks like the end") << QByteArray("\r\n--B--");
-        QTest::newRow("looks like a part") << QByteArray("\r\n--B\r\n\r\n{}\r\n--");
-        QTest::newRow("line ends") << QByteArray("\r\n\r\n\r");
-        QTest::newRow("zeros") << QByteArray(20, '\0');
-    }
     void framingInPieces()
     {
-        QFETCH(QByteArray, content);
-        const QByteArray body =
-            "--B\r\n\r\n{\"length\":" + QByteArray::number(content.size()) + "}\r\n--B\r\n\r\n" + content + "\r\n--B--";
-        QList<QByteArray> single;
-        for (qsizetype i = 0; i < body.size(); ++i) {
-            QCOMPARE(takenApart({body.left(i), body.mid(i)}), content);
-            QVERIFY(takenApart({body.left(i)}).isNull());
-            single.append(body.mid(i, 1));
+        for (const QByteArray &content :
+             {""_ba, "text"_ba, "\r\n--B--"_ba, "\r\n--B\r\n\r\n{}\r\n--"_ba, "\r\n\r\n\r"_ba, QByteArray(20, '\0')}) {
+            const QByteArray body = "--B\r\n\r\n{\"length\":" + QByteArray::number(content.size()) +
+                                    "}\r\n--B\r\n\r\n" + content + "\r\n--B--";
+            QList<QByteArray> single;
+            for (qsizetype i = 0; i < body.size(); ++i) {
+                QCOMPARE(takenApart({body.left(i), body.mid(i)}), content);
+                QVERIFY(takenApart({body.left(i)}).isNull());
+                single.append(body.mid(i, 1));
+            }
+            QCOMPARE(takenApart(single), content);
+            QCOMPARE(takenApart({body, "\r", "\n"}), content);
+            QVERIFY(takenApart({body + "\r\n\r"}).isNull());
+            QVERIFY(takenApart({body + "x"}).isNull());
         }
-        QCOMPARE(takenApart(single), content);
-        QCOMPARE(takenApart({body, "\r", "\n"}), content);
-        QVERIFY(takenApart({body + "\r\n\r"}).isNull());
-        QVERIFY(takenApart({body + "x"}).isNull());
     }
 
     void wrongFraming_data()
     {
-        QTest::addColumn<QByteArray>("body");
-        QTest::addColumn<QByteArray>("type");
-        QTest::addColumn<int>("code");
+        const testing::Rows<QByteArray, QByteArray, int> row("body", "type", "code");
         const QByteArray good = "multipart/form-data;boundary=BOUNDARY";
         const QByteArray body = DocumentFixture::framed({{u"docid"_s, u"qb://x"_s}, {u"name"_s, u"n"_s}}, "abc");
         const auto with = [&body](const char *from, const char *to) { return QByteArray(body).replace(from, to); };
-        QTest::newRow("as it should be") << body << good << 404006;
-        QTest::newRow("quoted boundary") << body << QByteArray("Multipart/Form-Data; boundary=\"BOUNDARY\"; a=b")
-                                         << 404006;
-        QTest::newRow("nothing") << QByteArray() << good << 400002;
-        QTest::newRow("no boundary") << body << QByteArray("multipart/form-data") << 400002;
-        QTest::newRow("empty boundary") << body << QByteArray("multipart/form-data;boundary=") << 400002;
-        QTest::newRow("long boundary") << body << good + QByteArray(100, 'x') << 400002;
-        QTest::newRow("other type") << body << QByteArray("application/json") << 400002;
-        QTest::newRow("other boundary") << body << good + "x" << 400002;
-        QTest::newRow("part headers") << with("--BOUNDARY\r\n\r\n{", "--BOUNDARY\r\nA: b\r\n\r\n{") << good << 400002;
-        QTest::newRow("line feeds") << with("\r\n", "\n") << good << 400002;
-        QTest::newRow("no json") << with("{", "") << good << 400001;
-        QTest::newRow("array") << with("{", "[{").replace("}", "}]") << good << 400001;
-        QTest::newRow("no length") << with("length", "width") << good << 400002;
-        QTest::newRow("negative length") << with("\"length\":3", "\"length\":-3") << good << 400002;
-        QTest::newRow("huge length") << with("\"length\":3", "\"length\":1e300") << good << 400002;
-        QTest::newRow("endless description") << "--BOUNDARY\r\n\r\n{" + QByteArray(200'000, ' ') << good << 400002;
-        QTest::newRow("illegal name") << with("\"n\"", "\"n/m\"") << good << 404006;
+        row("as it should be", body, good, 404006);
+        row("quoted boundary", body, "Multipart/Form-Data; boundary=\"BOUNDARY\"; a=b", 404006);
+        row("nothing", {}, good, 400002);
+        row("no boundary", body, "multipart/form-data", 400002);
+        row("empty boundary", body, "multipart/form-data;boundary=", 400002);
+        row("long boundary", body, good + QByteArray(100, 'x'), 400002);
+        row("other type", body, "application/json", 400002);
+        row("other boundary", body, good + "x", 400002);
+        row("part headers", with("--BOUNDARY\r\n\r\n{", "--BOUNDARY\r\nA: b\r\n\r\n{"), good, 400002);
+        row("line feeds", with("\r\n", "\n"), good, 400002);
+        row("no json", with("{", ""), good, 400001);
+        row("array", with("{", "[{").replace("}", "}]"), good, 400001);
+        row("no length", with("length", "width"), good, 400002);
+        row("negative length", with("\"length\":3", "\"length\":-3"), good, 400002);
+        row("huge length", with("\"length\":3", "\"length\":1e300"), good, 400002);
+        row("endless description", "--BOUNDARY\r\n\r\n{" + QByteArray(200'000, ' '), good, 400002);
+        row("illegal name", with("\"n\"", "\"n/m\""), good, 404006);
     }
     void wrongFraming()
     {
@@ -148,27 +126,18 @@ private Q_SLOTS:
     }
 
     /// More or fewer bytes than announced, at a new file and at one that is there.
-    void wrongLength_data()
-    {
-        QTest::addColumn<int>("length");
-        QTest::newRow("fewer") << 11;
-        QTest::newRow("more") << 9;
-        QTest::newRow("none announced") << 0;
-        QTest::newRow("as many as there are bytes") << 10 + 14;
-    }
     void wrongLength()
     {
-        QFETCH(int, length);
-        static const DocumentFixture fixture;
-        static const QString file = fixture.makeFile(fixture.entry(), u"f"_s, "kept");
+        const DocumentFixture fixture;
+        const QString file = fixture.makeFile(fixture.entry(), u"f"_s, "kept");
         const qint64 used = fixture.used();
-        for (const QJsonObject &target :
-             {QJsonObject{{u"docid"_s, file}}, QJsonObject{{u"docid"_s, fixture.entry()}, {u"name"_s, u"g"_s}}}) {
-            QJsonObject description = target;
-            description.insert("length"_L1, length);
-            QCOMPARE(fixture.upload(description, "0123456789").code(), 400002);
+        for (const int length : {11, 9, 0, 10 + 14}) { // the last: as many as there are bytes, the framing's included
+            const QJsonObject there{{u"docid"_s, file}, {u"length"_s, length}};
+            const QJsonObject made{{u"docid"_s, fixture.entry()}, {u"name"_s, u"g"_s}, {u"length"_s, length}};
+            QCOMPARE(fixture.upload(there, "0123456789").code(), 400002);
+            QCOMPARE(fixture.upload(made, "0123456789").code(), 400002);
         }
-        QCOMPARE(fixture.contentOf(file), QByteArray("kept"));
+        QCOMPARE(fixture.contentOf(file), "kept"_ba);
         QCOMPARE(fixture.namesIn(fixture.entry()), QStringList{u"f"_s});
         QCOMPARE(fixture.used(), used);
         QCOMPARE(fixture.unfinishedFiles(), 0);
@@ -284,7 +253,7 @@ private Q_SLOTS:
         fixture.token = fixture.server.signInToken();
         QVERIFY(confirmed.size() >= 15);
         QCOMPARE(fixture.unfinishedFiles(), 0);
-        const QJsonArray files = fixture.call("dir.list", {{u"docid"_s, folder}}).json.value("files"_L1).toArray();
+        const QJsonArray files = fixture.call("dir.list", folder).array("files");
         // The reply to the last upload of a round may have been lost.
         QVERIFY(files.size() >= confirmed.size() && files.size() <= confirmed.size() + 3);
         QCOMPARE(fixture.contentFiles(), files.size());
@@ -297,55 +266,16 @@ private Q_SLOTS:
         QVERIFY(confirmed.isEmpty());
     }
 
-    /// 5 GB of zeros with a few other bytes: no room on disk, and memory as for any other upload.
-    void fiveGigabytes()
-    {
-        constexpr qint64 size = 5'000'000'000;
-        DocumentFixture fixture;
-        fixture.server.server->stop();
-        const QString data = fixture.server.options().dataFolder;
-        Program program({u"--data"_s, data, u"--https-port=-1"_s});
-        fixture.server.talkTo(httpPortOf(program.firstLine()), data);
-        fixture.token = fixture.server.signInToken();
-        QByteArray body =
-            DocumentFixture::framed({{u"docid"_s, fixture.entry()}, {u"name"_s, u"5 GB"_s}, {u"length"_s, size}}, "");
-        const QByteArray end = "\r\n--BOUNDARY--";
-        body.chop(end.size());
-        httplib::Client client("127.0.0.1", fixture.server.httpPort());
-        client.set_read_timeout(60);
-        const QByteArray zeros(1 << 20, '\0');
-        const size_t total = size_t(body.size() + size + end.size());
-        const auto generate = [&](size_t offset, size_t, httplib::DataSink &sink) {
-            const qint64 place = qint64(offset) - body.size();
-            if (place < 0)
-                return sink.write(body.constData(), size_t(body.size()));
-            if (place < size - 1)
-                return sink.write(zeros.constData(), size_t(std::min<qint64>(zeros.size(), size - 1 - place)));
-            return place == size - 1 ? sink.write("z", 1) : sink.write(end.constData(), size_t(end.size()));
-        };
-        const auto reply = client.Post(fixture.target("file.upload").toStdString(), total, generate,
-                                       "multipart/form-data;boundary=BOUNDARY");
-        QVERIFY(reply);
-        QVERIFY2(reply->status == 200, reply->body.c_str());
-        const QJsonObject record = QJsonDocument::fromJson(QByteArray::fromStdString(reply->body)).object();
-        QCOMPARE(record.value("size"_L1).toInteger(), size);
-        const QJsonObject tail{{u"docid"_s, record.value("docid"_L1)}, {u"offset"_s, size - 3}, {u"length"_s, 9}};
-        QCOMPARE(fixture.call("file.read", tail).bytes, QByteArray("\0\0z", 3));
-        const qint64 memory = mostMemory(program.process);
-        QVERIFY2(memory > 0 && memory < 100 * 1024 * 1024, qPrintable(QString::number(memory)));
-    }
-
     void demoDocuments()
     {
         QTemporaryDir source;
         QVERIFY(QDir(source.path()).mkpath(u"folder/inner"_s));
-        const auto write = [&](const QString &name, const QByteArray &bytes) {
-            QFile file(source.filePath(name));
-            return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
-        };
-        QVERIFY(write(u"read me.txt"_s, "text") && write(u"folder/图.png"_s, QByteArray(300'000, 'p')) &&
-                write(u"empty"_s, ""));
-        QVERIFY(write(u"folder/not:legal"_s, "x"));
+        const std::pair<QString, QByteArray> files[] = {{u"read me.txt"_s, "text"},
+                                                        {u"folder/图.png"_s, QByteArray(300'000, 'p')},
+                                                        {u"empty"_s, ""},
+                                                        {u"folder/not:legal"_s, "x"}};
+        for (const auto &[name, bytes] : files)
+            QVERIFY(testing::writeFile(source.filePath(name), bytes));
         QVERIFY(QFile::link(u"/etc/passwd"_s, source.filePath(u"link"_s)));
         DocumentFixture fixture;
         documentserver::Options options = fixture.server.options();
@@ -361,15 +291,13 @@ private Q_SLOTS:
                 expected.removeOne(u"empty"_s);
             QCOMPARE(fixture.namesIn(fixture.entry()), expected);
             const auto docid = [&](const QString &path) {
-                return fixture.call("file.getinfobypath", {{u"namepath"_s, "Demo User/"_L1 + path}})
-                    .json.value("docid"_L1)
-                    .toString();
+                return fixture.call("file.getinfobypath", {{u"namepath"_s, "Demo User/"_L1 + path}}).text("docid");
             };
             QCOMPARE(fixture.contentOf(docid(u"read me.txt"_s)), QByteArray("text"));
             QCOMPARE(fixture.contentOf(docid(u"folder/图.png"_s)), QByteArray(300'000, 'p'));
             QCOMPARE(fixture.namesIn(docid(u"folder"_s)), (QStringList{u"inner"_s, u"图.png"_s}));
             QCOMPARE(fixture.used(), 300'004);
-            fixture.call("file.delete", {{u"docid"_s, docid(u"empty"_s)}});
+            fixture.call("file.delete", docid(u"empty"_s));
         }
     }
 };

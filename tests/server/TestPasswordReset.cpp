@@ -1,9 +1,9 @@
 #include "server/ServerFixture.h"
+#include "support/Rows.h"
 #include "support/TestMain.h"
 
 #include <httplib.h>
 
-#include <QFile>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -20,18 +20,18 @@ QJsonObject resettable(const QJsonObject &more = {})
 
 Answer ways(const ServerFixture &fixture, const QString &account)
 {
-    return fixture.call(u"auth1"_s, u"getvcodesendway"_s, {{u"account"_s, account}});
+    return fixture.call(u"auth1.getvcodesendway"_s, {{u"account"_s, account}});
 }
 
 Answer send(const ServerFixture &fixture, const QString &account, const QString &way = u"sms"_s)
 {
-    return fixture.call(u"auth1"_s, u"sendvcode"_s, {{u"account"_s, account}, {u"way"_s, way}});
+    return fixture.call(u"auth1.sendvcode"_s, {{u"account"_s, account}, {u"way"_s, way}});
 }
 
 Answer reset(const ServerFixture &fixture, const QString &account, const QString &code,
              const QString &password = u"Another-1"_s)
 {
-    return fixture.call(u"auth1"_s, u"resetpassword"_s,
+    return fixture.call(u"auth1.resetpassword"_s,
                         {{u"account"_s, account}, {u"vcode"_s, code}, {u"newpwd"_s, fixture.encrypted(password)}});
 }
 
@@ -51,33 +51,26 @@ class TestPasswordReset : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void newPasswordWithACode_data()
-    {
-        QTest::addColumn<QString>("way");
-        QTest::addColumn<QString>("shown");
-        QTest::newRow("sms") << u"sms"_s << u"138****1234"_s;
-        QTest::newRow("email") << u"email"_s << u"d***@example.org"_s;
-    }
     void newPasswordWithACode()
     {
-        QFETCH(QString, way);
-        QFETCH(QString, shown);
         const ServerFixture fixture(resettable());
         const QString token = fixture.signInToken();
-        QCOMPARE(waysIn(ways(fixture, demoName())).value(way).toString(), shown);
-        const Answer sent = send(fixture, demoName(), way);
-        QCOMPARE(sent.json.value("authway"_L1).toString(), shown);
-        QCOMPARE(sent.json.value("sendinterval"_L1).toInt(), 60);
-        QVERIFY(send(fixture, demoName(), way).json.value("isduplicatesended"_L1).toBool());
+        const QJsonObject shown = waysIn(ways(fixture, demoName()));
+        QCOMPARE(shown.value("sms"_L1).toString(), u"138****1234"_s);
+        QCOMPARE(shown.value("email"_L1).toString(), u"d***@example.org"_s);
+        const Answer sent = send(fixture, demoName(), u"email"_s);
+        QCOMPARE(sent.text("authway"), u"d***@example.org"_s);
+        QCOMPARE(sent.number("sendinterval"), 60);
+        QVERIFY(send(fixture, demoName(), u"email"_s).json.value("isduplicatesended"_L1).toBool());
         const auto codes = fixture.server->sentCodes();
         QCOMPARE(codes.size(), 1);
-        QCOMPARE(codes[0].way, way);
+        QCOMPARE(codes[0].way, u"email"_s);
 
         QCOMPARE(reset(fixture, demoName(), codes[0].code, u"abc"_s).code(), 401017);
         QCOMPARE(reset(fixture, demoName(), codes[0].code).status, 200);
         QCOMPARE(fixture.signIn(demoName(), demoPassword()).code(), 401003);
         QCOMPARE(fixture.signIn(demoName(), u"Another-1"_s).status, 200);
-        QCOMPARE(fixture.call(u"user"_s, u"get"_s, {}, token).code(), 401001);
+        QCOMPARE(fixture.call(u"user.get"_s, {}, token).code(), 401001);
         QCOMPARE(reset(fixture, demoName(), codes[0].code).code(), 401039); // used
     }
 
@@ -120,27 +113,19 @@ private Q_SLOTS:
 
     void refusals_data()
     {
-        QTest::addColumn<QJsonObject>("scenario");
-        QTest::addColumn<QByteArray>("account");
-        QTest::addColumn<int>("code");
-        const QByteArray bare = R"({"account":"demo","password":"x12345"})";
-        const QByteArray controlled = R"({"account":"demo","password":"x12345","phone":"13800001234","pwdcontrol":1})";
-        QTest::newRow("switched off") << QJsonObject() << QByteArray() << 401064;
-        QTest::newRow("nothing bound") << resettable() << bare << 401058;
-        QTest::newRow("controlled") << resettable() << controlled << 401026;
-        QTest::newRow("gateway down") << resettable({{u"second_factor"_s, QJsonObject{{u"sms"_s, u"down"_s}}}})
-                                      << QByteArray() << 404029;
+        const testing::Rows<QJsonObject, QByteArray, int> row("scenario", "account", "code");
+        const QByteArray bare = "{\"account\":\"demo\",\"password\":\"x12345\"}";
+        row("switched off", {}, {}, 401064);
+        row("nothing bound", resettable(), bare, 401058);
+        row("controlled", resettable(), bare.chopped(1) + ",\"phone\":\"13800001234\",\"pwdcontrol\":1}", 401026);
+        row("gateway down", resettable({{u"second_factor"_s, QJsonObject{{u"sms"_s, u"down"_s}}}}), {}, 404029);
     }
     void refusals()
     {
         QFETCH(QJsonObject, scenario);
         QFETCH(QByteArray, account);
         const ServerFixture fixture(scenario);
-        if (!account.isEmpty()) {
-            QFile file(fixture.folder() + "/data/accounts.json"_L1);
-            QVERIFY(file.open(QIODevice::WriteOnly));
-            file.write("{\"accounts\":[" + account + "]}");
-        }
+        QVERIFY(account.isEmpty() || fixture.useAccounts(account));
         Answer last = send(fixture, demoName());
         if (last.status == 200)
             last = reset(fixture, demoName(), fixture.server->sentCodes().last().code);

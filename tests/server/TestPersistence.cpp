@@ -1,22 +1,15 @@
 #include "server/ServerFixture.h"
+#include "support/Files.h"
+#include "support/Rows.h"
 #include "support/TestMain.h"
 
-#include <QFile>
-#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
-
-namespace
-{
-bool writeFile(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
-}
-} // namespace
+using testing::contentOf;
+using testing::writeFile;
 
 class TestPersistence : public QObject
 {
@@ -28,14 +21,14 @@ private Q_SLOTS:
         ServerFixture fixture;
         const QString token = fixture.signInToken();
         const QByteArray certificate = fixture.server->passwordCertificate();
-        fixture.call(u"user"_s, u"agreedtotermsofuse"_s, {}, token);
+        fixture.call(u"user.agreedtotermsofuse"_s, {}, token);
         QCOMPARE(fixture.changePassword(demoName(), demoPassword(), u"Another-1"_s).status, 200);
         for (int i = 0; i < 4; ++i)
             fixture.signIn(demoName(), u"x"_s);
 
         QVERIFY(fixture.restart());
         QCOMPARE(fixture.server->passwordCertificate(), certificate);
-        const QJsonObject user = fixture.call(u"user"_s, u"get"_s, {}, token).json;
+        const QJsonObject user = fixture.call(u"user.get"_s, {}, token).json;
         QCOMPARE(user.value("agreedtotermsofuse"_L1), QJsonValue(true));
         QCOMPARE(fixture.signIn(demoName(), u"x"_s).code(), 401020);
         QVERIFY(fixture.restart());
@@ -49,32 +42,25 @@ private Q_SLOTS:
         const ServerFixture fixture;
         fixture.signInToken();
         for (const char *name : {"accounts.json", "password_key.pem", "tls_key.pem", "server.sqlite"}) {
-            const QFileInfo file(fixture.folder() + "/data/"_L1 + QLatin1String(name));
-            QVERIFY2(file.exists(), name);
-            QCOMPARE(file.permissions() & (QFile::ReadGroup | QFile::ReadOther), QFile::Permissions());
+            const mode_t mode = testing::modeOf(fixture.folder() + "/data/"_L1 + QLatin1String(name));
+            QVERIFY2(mode != 0 && (mode & 044) == 0, name);
         }
-        QFile exported(fixture.folder() + "/public_key.der"_L1);
-        QVERIFY(exported.open(QIODevice::ReadOnly));
-        QCOMPARE(exported.readAll(), fixture.server->passwordCertificate());
+        QCOMPARE(contentOf(fixture.folder() + "/public_key.der"_L1), fixture.server->passwordCertificate());
     }
 
     void damagedFilesAreRefused_data()
     {
-        QTest::addColumn<QString>("file");
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::newRow("accounts: empty") << u"accounts.json"_s << QByteArray();
-        QTest::newRow("accounts: cut") << u"accounts.json"_s << QByteArray("{\"accounts\":[{\"acc");
-        QTest::newRow("accounts: no list") << u"accounts.json"_s << QByteArray("{\"accounts\":{}}");
-        QTest::newRow("accounts: no name") << u"accounts.json"_s << QByteArray("{\"accounts\":[{\"password\":\"x\"}]}");
-        QTest::newRow("accounts: no password")
-            << u"accounts.json"_s << QByteArray("{\"accounts\":[{\"account\":\"a\"}]}");
-        QTest::newRow("accounts: twice")
-            << u"accounts.json"_s
-            << QByteArray(
-                   "{\"accounts\":[{\"account\":\"a\",\"password\":\"x\"},{\"account\":\"a\",\"password\":\"x\"}]}");
-        QTest::newRow("key: garbage") << u"password_key.pem"_s << QByteArray(500, 'x');
-        QTest::newRow("certificate: garbage") << u"tls_certificate.pem"_s << QByteArray(500, 'x');
-        QTest::newRow("storage: garbage") << u"server.sqlite"_s << QByteArray(5000, 'x');
+        const testing::Rows<QString, QByteArray> row("file", "bytes");
+        row("accounts: empty", "accounts.json", "");
+        row("accounts: cut", "accounts.json", "{\"accounts\":[{\"acc");
+        row("accounts: no list", "accounts.json", "{\"accounts\":{}}");
+        row("accounts: no name", "accounts.json", "{\"accounts\":[{\"password\":\"x\"}]}");
+        row("accounts: no password", "accounts.json", "{\"accounts\":[{\"account\":\"a\"}]}");
+        const QByteArray one = "{\"account\":\"a\",\"password\":\"x\"}";
+        row("accounts: twice", "accounts.json", "{\"accounts\":[" + one + "," + one + "]}");
+        row("key: garbage", "password_key.pem", QByteArray(500, 'x'));
+        row("certificate: garbage", "tls_certificate.pem", QByteArray(500, 'x'));
+        row("storage: garbage", "server.sqlite", QByteArray(5000, 'x'));
     }
     void damagedFilesAreRefused()
     {
@@ -89,9 +75,7 @@ private Q_SLOTS:
         QString error;
         QVERIFY(!fixture.server->start(&error));
         QVERIFY2(error.contains(file), qPrintable(error));
-        QFile kept(path);
-        QVERIFY(kept.open(QIODevice::ReadOnly));
-        QCOMPARE(kept.readAll(), bytes);
+        QCOMPARE(contentOf(path), bytes);
     }
 
     /// A running server keeps what it knows when the file is damaged under it.
@@ -110,7 +94,7 @@ private Q_SLOTS:
         QVERIFY(writeFile(options.scenarioFile, "{\"server_version\":\"5\"}"));
         fixture.server = std::make_unique<documentserver::Server>(options);
         QVERIFY(fixture.server->start());
-        const auto version = [&] { return fixture.call(u"auth1"_s, u"getconfig"_s).json.value("server_version"_L1); };
+        const auto version = [&] { return fixture.call(u"auth1.getconfig"_s).json.value("server_version"_L1); };
         QCOMPARE(version(), QJsonValue(u"5"_s));
         QVERIFY(writeFile(options.scenarioFile, "{\"server_version\":\"60\"}"));
         QCOMPARE(version(), QJsonValue(u"60"_s));

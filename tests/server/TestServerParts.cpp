@@ -1,3 +1,4 @@
+#include "support/Rows.h"
 #include "support/TestMain.h"
 
 #include "DocumentServer/OneTimePassword.h"
@@ -22,101 +23,62 @@ class TestServerParts : public QObject
 
 private Q_SLOTS:
     /// The published vectors for SHA-1, eight digits.
-    void codesOfTheStandard_data()
-    {
-        QTest::addColumn<qint64>("seconds");
-        QTest::addColumn<QString>("code");
-        QTest::newRow("59") << qint64(59) << u"94287082"_s;
-        QTest::newRow("1111111109") << qint64(1111111109) << u"07081804"_s;
-        QTest::newRow("1111111111") << qint64(1111111111) << u"14050471"_s;
-        QTest::newRow("1234567890") << qint64(1234567890) << u"89005924"_s;
-        QTest::newRow("2000000000") << qint64(2000000000) << u"69279037"_s;
-        QTest::newRow("20000000000") << qint64(20000000000) << u"65353130"_s;
-    }
     void codesOfTheStandard()
     {
-        QFETCH(qint64, seconds);
-        QTEST(counterCode("12345678901234567890", quint64(timeStep(seconds * 1000)), 8), "code");
+        const std::pair<qint64, QString> vectors[] = {{59, u"94287082"_s},         {1111111109, u"07081804"_s},
+                                                      {1111111111, u"14050471"_s}, {1234567890, u"89005924"_s},
+                                                      {2000000000, u"69279037"_s}, {20000000000, u"65353130"_s}};
+        for (const auto &[seconds, code] : vectors)
+            QCOMPARE(counterCode("12345678901234567890", quint64(timeStep(seconds * 1000)), 8), code);
     }
 
-    void stepsAroundNow_data()
-    {
-        QTest::addColumn<int>("distance");
-        QTest::addColumn<int>("lastUsed");
-        QTest::addColumn<bool>("fits");
-        QTest::newRow("now") << 0 << -9 << true;
-        QTest::newRow("one late") << -1 << -9 << true;
-        QTest::newRow("one early") << 1 << -9 << true;
-        QTest::newRow("two late") << -2 << -9 << false;
-        QTest::newRow("two early") << 2 << -9 << false;
-        QTest::newRow("used") << 0 << 0 << false;
-        QTest::newRow("older than used") << -1 << 0 << false;
-        QTest::newRow("newer than used") << 1 << 0 << true;
-    }
     void stepsAroundNow()
     {
-        QFETCH(int, distance);
-        QFETCH(int, lastUsed);
         const qint64 now = 1'700'000'010'000;
-        const QString code = counterCode("secret", quint64(timeStep(now) + distance));
-        QTEST(matchingStep("secret", code, now, timeStep(now) + lastUsed).has_value(), "fits");
+        const auto fits = [now](int distance, int lastUsed) {
+            const QString code = counterCode("secret", quint64(timeStep(now) + distance));
+            return matchingStep("secret", code, now, timeStep(now) + lastUsed).has_value();
+        };
+        for (const int distance : {-2, -1, 0, 1, 2})
+            QCOMPARE(fits(distance, -9), std::abs(distance) < 2);
+        QVERIFY2(!fits(0, 0) && !fits(-1, 0), "used, or older than what was used");
+        QVERIFY(fits(1, 0));
     }
 
-    void base32_data()
-    {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::addColumn<bool>("readable");
-        QTest::newRow("padded") << u"MZXW6YQ="_s << QByteArray("foob") << true;
-        QTest::newRow("typed by hand") << u"mzxw 6ytb-oi"_s << QByteArray("foobar") << true;
-        QTest::newRow("empty") << QString() << QByteArray() << true;
-        QTest::newRow("digit one") << u"MZXW1"_s << QByteArray() << false;
-        QTest::newRow("unicode") << u"MZX密"_s << QByteArray() << false;
-    }
     void base32()
     {
-        QFETCH(QString, text);
-        QFETCH(bool, readable);
-        const auto bytes = fromBase32(text);
-        QCOMPARE(bytes.has_value(), readable);
-        QTEST(bytes.value_or(QByteArray()), "bytes");
+        QCOMPARE(fromBase32(u"MZXW6YQ="_s), "foob"_ba);
+        QCOMPARE(fromBase32(u"mzxw 6ytb-oi"_s), "foobar"_ba); // as typed by hand
+        QVERIFY(fromBase32({}) && fromBase32({})->isEmpty());
+        QVERIFY(!fromBase32(u"MZXW1"_s) && !fromBase32(u"MZX密"_s));
     }
 
-    void passwordHashes_data()
-    {
-        QTest::addColumn<QString>("hash");
-        const QString hash = hashPassword("secret");
-        QTest::newRow("empty") << QString();
-        QTest::newRow("other password") << hashPassword("Secret");
-        QTest::newRow("cut") << hash.chopped(10);
-        QTest::newRow("too costly") << QString(hash).replace("$16384$"_L1, "$1073741824$"_L1);
-        QTest::newRow("other kind") << QString(hash).replace("scrypt"_L1, "plain"_L1);
-        QTest::newRow("no salt") << u"scrypt$16384$8$1$$"_s + hash.section(u'$', 5);
-    }
     void passwordHashes()
     {
-        QFETCH(QString, hash);
-        QVERIFY(passwordFits("secret", hashPassword("secret")));
-        QVERIFY(!passwordFits("secret", hash));
-        QVERIFY(hashPassword("secret") != hashPassword("secret"));
+        const QString hash = hashPassword("secret");
+        QVERIFY(passwordFits("secret", hash));
+        QVERIFY(hashPassword("secret") != hash);
+        const QString tooCostly = QString(hash).replace("$16384$"_L1, "$1073741824$"_L1);
+        for (const QString &other :
+             {QString(), hashPassword("Secret"), hash.chopped(10), tooCostly,
+              QString(hash).replace("scrypt"_L1, "plain"_L1), u"scrypt$16384$8$1$$"_s + hash.section(u'$', 5)})
+            QVERIFY2(!passwordFits("secret", other), qPrintable(other));
     }
 
     void policies_data()
     {
-        QTest::addColumn<QByteArray>("password");
-        QTest::addColumn<bool>("weak");
-        QTest::addColumn<bool>("strong");
-        QTest::newRow("five") << QByteArray("abcde") << false << false;
-        QTest::newRow("six") << QByteArray("abcdef") << true << false;
-        QTest::newRow("all kinds") << QByteArray("Abcdef1!") << true << true;
-        QTest::newRow("seven of all kinds") << QByteArray("Abcde1!") << true << false;
-        QTest::newRow("no digit") << QByteArray("Abcdefg!") << true << false;
-        QTest::newRow("no upper case") << QByteArray("abcdef1!") << true << false;
-        QTest::newRow("no other") << QByteArray("Abcdefg1") << true << false;
-        QTest::newRow("blank") << QByteArray("Abcdef 1!") << false << false;
-        QTest::newRow("100") << QByteArray(100, 'a') << true << false;
-        QTest::newRow("101") << QByteArray(101, 'a') << false << false;
-        QTest::newRow("not ascii") << QByteArray("密码密码密码") << false << false;
+        const testing::Rows<QByteArray, bool, bool> row("password", "weak", "strong");
+        row("five", "abcde", false, false);
+        row("six", "abcdef", true, false);
+        row("all kinds", "Abcdef1!", true, true);
+        row("seven of all kinds", "Abcde1!", true, false);
+        row("no digit", "Abcdefg!", true, false);
+        row("no upper case", "abcdef1!", true, false);
+        row("no other", "Abcdefg1", true, false);
+        row("blank", "Abcdef 1!", false, false);
+        row("100", QByteArray(100, 'a'), true, false);
+        row("101", QByteArray(101, 'a'), false, false);
+        row("not ascii", "密码密码密码", false, false);
     }
     void policies()
     {
@@ -125,47 +87,28 @@ private Q_SLOTS:
         QTEST(isAcceptablePassword(password, true), "strong");
     }
 
-    void masks_data()
-    {
-        QTest::addColumn<QString>("masked");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("phone") << maskedPhone(u"13800001234"_s) << u"138****1234"_s;
-        QTest::newRow("short phone") << maskedPhone(u"1234567"_s) << u"*******"_s;
-        QTest::newRow("mail") << maskedMail(u"demo@example.org"_s) << u"d***@example.org"_s;
-        QTest::newRow("no mail") << maskedMail(u"@x"_s) << u"**"_s;
-    }
     void masks()
     {
-        QFETCH(QString, masked);
-        QTEST(masked, "expected");
+        QCOMPARE(maskedPhone(u"13800001234"_s), u"138****1234"_s);
+        QCOMPARE(maskedPhone(u"1234567"_s), u"*******"_s);
+        QCOMPARE(maskedMail(u"demo@example.org"_s), u"d***@example.org"_s);
+        QCOMPARE(maskedMail(u"@x"_s), u"**"_s);
     }
 
-    void scenarios_data()
-    {
-        QTest::addColumn<QByteArray>("json");
-        QTest::addColumn<bool>("acceptable");
-        QTest::newRow("nothing") << QByteArray("{}") << true;
-        QTest::newRow("inner value") << QByteArray(R"({"lock":{"after":2}})") << true;
-        QTest::newRow("free members") << QByteArray(R"({"oem":{"own":[1]},"fail":{"ping":503}})") << true;
-        QTest::newRow("no single sign-on") << QByteArray(R"({"thirdauth":null})") << true;
-        QTest::newRow("version as number") << QByteArray(R"({"server_version":5})") << true;
-        QTest::newRow("misspelt") << QByteArray(R"({"lok":{}})") << false;
-        QTest::newRow("misspelt inside") << QByteArray(R"({"lock":{"afer":2}})") << false;
-        QTest::newRow("text for number") << QByteArray(R"({"token_life":"60"})") << false;
-        QTest::newRow("negative") << QByteArray(R"({"token_life":-1})") << false;
-        QTest::newRow("fraction") << QByteArray(R"({"token_life":1.5})") << false;
-        QTest::newRow("number for object") << QByteArray(R"({"lock":3})") << false;
-        QTest::newRow("number for flag") << QByteArray(R"({"enable_strong_pwd":1})") << false;
-        QTest::newRow("text for single sign-on") << QByteArray(R"({"thirdauth":"x"})") << false;
-    }
     void scenarios()
     {
-        QFETCH(QByteArray, json);
-        QFETCH(bool, acceptable);
-        QString error;
-        const auto scenario = Scenario::fromJson(QJsonDocument::fromJson(json).object(), &error);
-        QCOMPARE(scenario.has_value(), acceptable);
-        QCOMPARE(error.isEmpty(), acceptable);
+        const auto problemOf = [](const char *json) {
+            QString error;
+            const auto scenario = Scenario::fromJson(QJsonDocument::fromJson(json).object(), &error);
+            return scenario.has_value() == error.isEmpty() ? error : u"neither taken nor explained"_s;
+        };
+        for (const char *good : {"{}", "{\"lock\":{\"after\":2}}", "{\"oem\":{\"own\":[1]},\"fail\":{\"ping\":503}}",
+                                 "{\"thirdauth\":null}", "{\"server_version\":5}"})
+            QVERIFY2(problemOf(good).isEmpty(), good);
+        for (const char *bad :
+             {"{\"lok\":{}}", "{\"lock\":{\"afer\":2}}", "{\"token_life\":\"60\"}", "{\"token_life\":-1}",
+              "{\"token_life\":1.5}", "{\"lock\":3}", "{\"enable_strong_pwd\":1}", "{\"thirdauth\":\"x\"}"})
+            QVERIFY2(!problemOf(bad).isEmpty(), bad);
     }
 
     /// Every example that ships with the server is a scenario it takes.

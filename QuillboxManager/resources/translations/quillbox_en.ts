@@ -621,10 +621,6 @@
         <translation>Single sign-on</translation>
     </message>
     <message>
-        <source>ThirdLogin.unavailable</source>
-        <translation>This installation cannot show the single sign-on page. Contact your administrator.</translation>
-    </message>
-    <message>
         <source>Username.placeholderString</source>
         <translation>Account</translation>
     </message>
@@ -996,7 +992,7 @@
     </message>
     <message>
         <source>UpdateNotYours</source>
-        <translation>You cannot update Quillbox where it is installed. Ask whoever installed it, such as your administrator, for the new version.</translation>
+        <translation>You may not replace this installation. Ask your administrator for the new version.</translation>
     </message>
     <message>
         <source>UpdateTargetTaken</source>

@@ -621,10 +621,6 @@
         <translation>单点登录</translation>
     </message>
     <message>
-        <source>ThirdLogin.unavailable</source>
-        <translation>此安装无法显示单点登录页面，请联系管理员。</translation>
-    </message>
-    <message>
         <source>Username.placeholderString</source>
         <translation>账号</translation>
     </message>
@@ -996,7 +992,7 @@
     </message>
     <message>
         <source>UpdateNotYours</source>
-        <translation>当前用户不能更新此处安装的应用程序。请让安装它的管理员安装新版本。</translation>
+        <translation>您无权更新此处安装的应用程序。请联系管理员安装新版本。</translation>
     </message>
     <message>
         <source>UpdateTargetTaken</source>

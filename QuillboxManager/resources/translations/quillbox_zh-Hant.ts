@@ -621,10 +621,6 @@
         <translation>單一登入</translation>
     </message>
     <message>
-        <source>ThirdLogin.unavailable</source>
-        <translation>此安裝無法顯示單一登入頁面，請聯絡管理員。</translation>
-    </message>
-    <message>
         <source>Username.placeholderString</source>
         <translation>帳號</translation>
     </message>
@@ -996,7 +992,7 @@
     </message>
     <message>
         <source>UpdateNotYours</source>
-        <translation>目前的使用者不能更新此處安裝的應用程式。請讓安裝它的管理員安裝新版本。</translation>
+        <translation>您無權更新此處安裝的應用程式。請聯絡管理員安裝新版本。</translation>
     </message>
     <message>
         <source>UpdateTargetTaken</source>

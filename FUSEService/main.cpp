@@ -15,6 +15,7 @@
 #include "platform/Dispatch.h"
 #include "platform/Host.h"
 #include "platform/Log.h"
+#include "platform/SidebarFavorites.h"
 #include "platform/UserDefaults.h"
 #include "state/QBGlobeInformation.h"
 #include "volume/Volume.h"
@@ -148,6 +149,8 @@ int serve(platform::Host &host, const ManagerWatch &watch, const StopSignals &si
     service.setMessageHandler([&linkOpener](const SocketMessage &message) { openLink(linkOpener, message); });
     if (const int failure = service.start())
         return failure;
+    platform::dispatchGlobal(
+        [folder = settings.mountPoint] { platform::addToSidebarFavorites(CompanionStrings::sidebarName(), folder); });
     cache.seed();
     const int result = QCoreApplication::exec();
     volume.stop(); // before the socket goes, so that the next service meets neither

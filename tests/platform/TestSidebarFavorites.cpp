@@ -73,6 +73,44 @@ private Q_SLOTS:
         QCOMPARE(result.value_or(document(after)), document(after));
     }
 
+    void addsBookmark_data()
+    {
+        const testing::Rows<QByteArray, QByteArray> row("before", "after"); // null: left alone
+        row("empty", "", "file:///v Quillbox\n");
+        row("last line unended", "a:/1\r\nx y", "a:/1\r\nx y\nfile:///v Quillbox\n");
+        row("there", "a:/1\nfile:///elsewhere Quillbox", {});
+    }
+    void addsBookmark()
+    {
+        QFETCH(QByteArray, before);
+        QFETCH(QByteArray, after);
+        const auto result = withBookmark(before, u"Quillbox"_s, "file:///v");
+        QCOMPARE(result.has_value(), !after.isNull());
+        QCOMPARE(result.value_or(QByteArray()), after);
+    }
+
+    void addsPlace_data()
+    {
+        const testing::Rows<QByteArray, bool> row("document", "adds");
+        row("empty list", "<xbel></xbel>", true);
+        row("others, a comment behind", "<?xml version='1.0'?>\n<xbel>\n <info/>\n</xbel>\n<!-- end -->\n", true);
+        row("there", "<xbel><bookmark><title>A &amp; B</title></bookmark></xbel>", false);
+        row("not well-formed", "<xbel><open></xbel>", false);
+        row("another document", "<html/>", false);
+        row("nothing", "", false);
+    }
+    void addsPlace()
+    {
+        QFETCH(QByteArray, document);
+        QFETCH(bool, adds);
+        const auto result = withPlace(document, u"A & B"_s, "file:///v/\"&");
+        QCOMPARE(result.has_value(), adds);
+        if (!adds)
+            return;
+        QVERIFY(result->contains("<bookmark href=\"file:///v/&quot;&amp;\">\n  <title>A &amp; B</title>"));
+        QVERIFY(withoutPlace(*result, u"A & B"_s));
+    }
+
     void editsBothFiles()
     {
         QTemporaryDir folder;
@@ -84,6 +122,12 @@ private Q_SLOTS:
         LinuxSidebarFavorites sidebar(folders);
         sidebar.removeFirstNamed(u"Quillbox"_s); // neither file exists
         QVERIFY(!QFile::exists(bookmarks) && !QFile::exists(places));
+        sidebar.add(u"Quillbox"_s, u"/v v"_s); // nor the folders of a desktop that keeps such lists
+        QVERIFY(!QFile::exists(bookmarks) && !QFile::exists(places));
+        QVERIFY(QDir().mkpath(folder.filePath(u"c/gtk-3.0"_s)));
+        sidebar.add(u"Quillbox"_s, u"/v v"_s);
+        QCOMPARE(testing::contentOf(bookmarks), "file:///v%20v Quillbox\n"_ba);
+        QVERIFY(!QFile::exists(places));
         QVERIFY(testing::writeFile(bookmarks, "a:/1 Quillbox\na:/2\n", 0600));
         QVERIFY(testing::writeFile(places, "<xbel><bookmark><title>Quillbox</title></bookmark></xbel>", 0644));
         sidebar.removeFirstNamed(u"Quillbox"_s);

@@ -128,6 +128,14 @@ std::optional<QByteArray> withoutBookmark(const QByteArray &lines, const QString
     return std::nullopt;
 }
 
+std::optional<QByteArray> withBookmark(const QByteArray &lines, const QString &name, const QByteArray &address)
+{
+    if (withoutBookmark(lines, name))
+        return std::nullopt;
+    const QByteArray lastBreak = lines.isEmpty() || lines.endsWith('\n') ? QByteArray() : QByteArrayLiteral("\n");
+    return lines + lastBreak + address + ' ' + name.toUtf8() + '\n';
+}
+
 std::optional<QByteArray> withoutPlace(const QByteArray &document, const QString &name)
 {
     if (!isDocument(document))
@@ -140,6 +148,17 @@ std::optional<QByteArray> withoutPlace(const QByteArray &document, const QString
         return isDocument(rest) ? std::optional(rest) : std::nullopt;
     }
     return std::nullopt;
+}
+
+std::optional<QByteArray> withPlace(const QByteArray &document, const QString &name, const QByteArray &address)
+{
+    const qsizetype end = document.lastIndexOf("</xbel>");
+    if (end < 0 || !isDocument(document) || withoutPlace(document, name))
+        return std::nullopt;
+    const QString entry = QStringLiteral(" <bookmark href=\"%1\">\n  <title>%2</title>\n </bookmark>\n")
+                              .arg(QString::fromUtf8(address).toHtmlEscaped(), name.toHtmlEscaped());
+    const QByteArray result = document.left(end) + entry.toUtf8() + document.mid(end);
+    return isDocument(result) ? std::optional(result) : std::nullopt;
 }
 
 } // namespace platform

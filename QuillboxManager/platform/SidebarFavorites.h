@@ -1,0 +1,12 @@
+#pragma once
+
+class QString;
+
+namespace platform
+{
+
+/// Adds the folder to the file manager's favourite places, unless an entry of this name is there; `Host::sidebar` takes
+/// it away again. Any thread; touches the disk. A list that cannot be changed stays as it is, after a log line.
+void addToSidebarFavorites(const QString &displayName, const QString &folder);
+
+} // namespace platform

@@ -1,9 +1,8 @@
 #pragma once
 
+#include "api/QBNetworking.h"
 #include "login/LoginPlan.h"
 #include "login/LoginWindowView.h"
-
-#include "api/QBNetworking.h"
 #include "platform/UserDefaults.h"
 
 class LoginAttempt;

@@ -18,8 +18,6 @@
 #include "ui/WindowShake.h"
 #include "ui_LoginVerifyWindowController.h"
 
-#include <QKeyEvent>
-
 using platform::localizedString;
 
 namespace
@@ -133,14 +131,10 @@ void LoginVerifyWindowController::controlTextDidChange()
     hideMessage();
 }
 
-bool LoginVerifyWindowController::eventFilter(QObject *watched, QEvent *event)
+bool LoginVerifyWindowController::escapePressed()
 {
-    const bool escape = event->type() == QEvent::KeyPress && static_cast<QKeyEvent *>(event)->key() == Qt::Key_Escape;
-    if (escape && isWindowLoaded() && watched == window()) {
-        window()->close();
-        return true;
-    }
-    return QBWindowController::eventFilter(watched, event);
+    window()->close();
+    return true;
 }
 
 // Countdown.

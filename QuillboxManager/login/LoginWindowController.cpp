@@ -10,6 +10,7 @@
 #include "login/QBChangePasswordController.h"
 #include "login/RememberedAccount.h"
 #include "login/ReturnKeyFilter.h"
+#include "login/ThirdLoginRules.h"
 #include "platform/Dispatch.h"
 #include "platform/Localization.h"
 #include "state/NotificationNames.h"
@@ -134,7 +135,7 @@ void LoginWindowController::serverSettingBtn()
 
 void LoginWindowController::thirdLoginBtn()
 {
-    const QString url = thirdLoginURL(faces.plan().authServer);
+    const QString url = ThirdLoginRules::thirdLoginURL(faces.plan().authServer);
     if (url.isNull()) {
         showMessage(ownText("ThirdLogin.badAddress"));
         return;

@@ -25,11 +25,9 @@ class LoginWindowController final : public QBWindowController
 {
     Q_OBJECT
 public:
-    explicit LoginWindowController(QBNetworking &networking = QBNetworking::sharedNetworking(),
-                                   platform::UserDefaults &defaults = platform::UserDefaults::standard(),
-                                   platform::NotificationCenter &center = platform::NotificationCenter::defaultCenter(),
-                                   ThirdLoginOpener &thirdLogin = ThirdLoginOpener::withoutBrowser(),
-                                   const Branding &branding = Branding(), QObject *parent = nullptr);
+    LoginWindowController(QBNetworking &networking, platform::UserDefaults &defaults,
+                          platform::NotificationCenter &center, ThirdLoginOpener &thirdLogin,
+                          const Branding &branding = Branding(), QObject *parent = nullptr);
     ~LoginWindowController() override;
 
     /// Shows the window, in the next turn of the event loop, and signs in by itself when `autoLogin` is set, the user

@@ -20,7 +20,6 @@
 
 #include <QApplication>
 #include <QHBoxLayout>
-#include <QKeyEvent>
 #include <QLabel>
 #include <QVBoxLayout>
 
@@ -179,14 +178,10 @@ bool QBChangePasswordController::windowShouldClose()
     return true;
 }
 
-bool QBChangePasswordController::eventFilter(QObject *watched, QEvent *event)
+bool QBChangePasswordController::escapePressed()
 {
-    const bool escape = event->type() == QEvent::KeyPress && static_cast<QKeyEvent *>(event)->key() == Qt::Key_Escape;
-    if (escape && watched == myWindow) {
-        cancelChangePassword();
-        return true;
-    }
-    return QBWindowController::eventFilter(watched, event);
+    cancelChangePassword();
+    return true;
 }
 
 // The change.

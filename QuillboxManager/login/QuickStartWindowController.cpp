@@ -1,20 +1,15 @@
 #include "login/QuickStartWindowController.h"
 
 #include "platform/Localization.h"
-#include "ui/QBFont.h"
 #include "ui_QuickStartWindowController.h"
-
-#include <QKeyEvent>
 
 #include <utility>
 
 QuickStartWindowController::QuickStartWindowController(platform::WebBrowserMaker browserMaker, WebPanel::Opener opener,
                                                        QObject *parent)
-    : QBWindowController(parent), maker(std::move(browserMaker)), openExternally(std::move(opener))
+    : WebWindowController(std::move(browserMaker), std::move(opener), parent)
 {
 }
-
-QuickStartWindowController::~QuickStartWindowController() = default;
 
 void QuickStartWindowController::initWithWindowNibName(const QString &nibName, const QUrl &webURL)
 {
@@ -23,23 +18,14 @@ void QuickStartWindowController::initWithWindowNibName(const QString &nibName, c
     webViewURL = webURL;
 }
 
-QWidget *QuickStartWindowController::loadWindow()
+void QuickStartWindowController::setupUi(QWidget *surface)
 {
-    form = std::make_unique<Ui::QuickStartWindowController>();
-    auto *surface = new QWidget;
-    form->setupUi(surface);
-    webView = new WebPanel(maker, openExternally, surface);
-    webView->setObjectName(QStringLiteral("webView"));
-    form->windowLayout->addWidget(webView, 1);
-    return surface;
+    Ui::QuickStartWindowController().setupUi(surface);
 }
 
-void QuickStartWindowController::windowDidLoad()
+QString QuickStartWindowController::title() const
 {
-    form->titleView->setText(platform::localizedString(QStringLiteral("快速入门"), QStringLiteral("QuickStart")));
-    form->titleView->setFont(QBFont::SYsystemFontOfSize(QBFont::SystemFontSize + 1));
-    connect(webView, &WebPanel::backRequested, this, [this] { window()->close(); });
-    connect(webView, &WebPanel::escapePressed, this, [this] { window()->close(); });
+    return platform::localizedString(QStringLiteral("快速入门"), QStringLiteral("QuickStart"));
 }
 
 void QuickStartWindowController::loadQuickStartWebView()
@@ -53,14 +39,4 @@ bool QuickStartWindowController::windowShouldClose()
 {
     webView->unload();
     return true;
-}
-
-bool QuickStartWindowController::eventFilter(QObject *watched, QEvent *event)
-{
-    const bool escape = event->type() == QEvent::KeyPress && static_cast<QKeyEvent *>(event)->key() == Qt::Key_Escape;
-    if (escape && isWindowLoaded() && watched == window()) {
-        window()->close();
-        return true;
-    }
-    return QBWindowController::eventFilter(watched, event);
 }

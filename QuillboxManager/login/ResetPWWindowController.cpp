@@ -7,10 +7,8 @@
 #include "state/PersistentKeys.h"
 #include "ui/Application.h"
 #include "ui/QBAlert.h"
-#include "ui/QBFont.h"
 #include "ui_ResetPWWindowController.h"
 
-#include <QKeyEvent>
 #include <QPointer>
 
 #include <utility>
@@ -23,47 +21,36 @@ QString messageHandler()
 {
     return QStringLiteral("showMessage");
 }
-
-QString title()
-{
-    return localizedString(QStringLiteral("重置密码"));
-}
 } // namespace
 
 ResetPWWindowController::ResetPWWindowController() : ResetPWWindowController(Collaborators()) {}
 
 ResetPWWindowController::ResetPWWindowController(const Collaborators &collaborators, QObject *parent)
-    : QBWindowController(parent), with(collaborators)
+    : WebWindowController(collaborators.browser, collaborators.openExternally, parent), with(collaborators)
 {
     alertTimer.setSingleShot(true);
     connect(&alertTimer, &QTimer::timeout, this, [this] { showSwitchedOff(); });
 }
 
-ResetPWWindowController::~ResetPWWindowController() = default;
-
-QWidget *ResetPWWindowController::loadWindow()
+void ResetPWWindowController::setupUi(QWidget *surface)
 {
-    form = std::make_unique<Ui::ResetPWWindowController>();
-    auto *surface = new QWidget;
-    form->setupUi(surface);
-    webView = new WebPanel(with.browser, with.openExternally, surface);
-    webView->setObjectName(QStringLiteral("webView"));
-    form->windowLayout->addWidget(webView, 1);
-    return surface;
+    Ui::ResetPWWindowController().setupUi(surface);
+}
+
+QString ResetPWWindowController::title() const
+{
+    return localizedString(QStringLiteral("重置密码"));
 }
 
 void ResetPWWindowController::windowDidLoad()
 {
-    form->titleView->setText(title());
-    form->titleView->setFont(QBFont::SYsystemFontOfSize(QBFont::SystemFontSize + 1));
+    WebWindowController::windowDidLoad();
     webView->addScriptMessageHandler(messageHandler());
     connect(webView, &WebPanel::navigationFinished, this, [this](bool ok) {
         if (ok)
             didFinishNavigation();
     });
     connect(webView, &WebPanel::scriptMessage, this, &ResetPWWindowController::didReceiveScriptMessage);
-    connect(webView, &WebPanel::backRequested, this, [this] { window()->close(); });
-    connect(webView, &WebPanel::escapePressed, this, [this] { window()->close(); });
     readServerConfig([this](const ServerReply &serverConfig) { begin(serverConfig); });
 }
 
@@ -92,7 +79,7 @@ void ResetPWWindowController::didFinishNavigation()
             platform::preferredLanguages().constFirst(), with.defaults.string(PersistentKeys::serverID()),
             serverConfig.value_or(QJsonObject()), with.networking.isHttpsServer(), with.globe.server().authPort);
         if (!script.isNull())
-            webView->evaluate(script, [](const QString &) {});
+            webView->evaluate(script, this, [](const QString &) {});
     });
 }
 
@@ -132,14 +119,4 @@ bool ResetPWWindowController::windowShouldClose()
     if (!isOver)
         backToLogin();
     return true;
-}
-
-bool ResetPWWindowController::eventFilter(QObject *watched, QEvent *event)
-{
-    const bool escape = event->type() == QEvent::KeyPress && static_cast<QKeyEvent *>(event)->key() == Qt::Key_Escape;
-    if (escape && isWindowLoaded() && watched == window()) {
-        window()->close();
-        return true;
-    }
-    return QBWindowController::eventFilter(watched, event);
 }

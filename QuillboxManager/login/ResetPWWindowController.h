@@ -1,28 +1,21 @@
 #pragma once
 
 #include "api/QBNetworking.h"
-#include "login/WebPanel.h"
+#include "login/WebWindowController.h"
 #include "platform/Bundle.h"
 #include "platform/Host.h"
 #include "platform/NotificationCenter.h"
 #include "platform/UserDefaults.h"
 #include "state/QBGlobeInformation.h"
-#include "ui/QBWindowController.h"
 
 #include <QTimer>
 
 #include <chrono>
-#include <memory>
-
-namespace Ui
-{
-class ResetPWWindowController;
-}
 
 /// The forgotten-password window: shows the page kept among the resources, tells it language and server, and listens
 /// for its word that the password was reset. Main thread; the configuration is read on the background pool. Sends the
 /// user back to the sign-in window once, whatever the end. The collaborators must outlive it.
-class ResetPWWindowController final : public QBWindowController
+class ResetPWWindowController final : public WebWindowController
 {
     Q_OBJECT
 public:
@@ -40,13 +33,12 @@ public:
 
     ResetPWWindowController();
     explicit ResetPWWindowController(const Collaborators &collaborators, QObject *parent = nullptr);
-    ~ResetPWWindowController() override;
 
 protected:
-    QWidget *loadWindow() override;
+    void setupUi(QWidget *surface) override;
+    QString title() const override;
     void windowDidLoad() override;
     bool windowShouldClose() override;
-    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     void readServerConfig(std::function<void(const ServerReply &)> then);
@@ -57,8 +49,6 @@ private:
     void backToLogin();
 
     const Collaborators with;
-    std::unique_ptr<Ui::ResetPWWindowController> form;
-    WebPanel *webView = nullptr; ///< owned by the window
     QTimer alertTimer;
     int navigation = 0;  ///< answers to calls from before the newest one are dropped
     bool isOver = false; ///< the user was sent back; closing says nothing more

@@ -1,41 +1,15 @@
 #include "login/ServerSettingWindowController.h"
 
 #include "api/QBApiManager.h"
-#include "login/FocusHandOver.h"
 #include "login/LoginPlan.h"
-#include "login/MessageLine.h"
-#include "login/PortValidator.h"
-#include "login/ReturnKeyFilter.h"
-#include "login/ServerAddressRules.h"
 #include "login/ServerSettingCalls.h"
+#include "login/ServerSettingView.h"
 #include "login/ServerVersionOutcome.h"
 #include "platform/Dispatch.h"
-#include "platform/Localization.h"
 #include "platform/Log.h"
 #include "state/NotificationNames.h"
 #include "state/PersistentKeys.h"
 #include "ui/Application.h"
-#include "ui/QBColor.h"
-#include "ui/QBFont.h"
-#include "ui/QBSpinner.h"
-#include "ui/StyleKit.h"
-#include "ui/WindowShake.h"
-#include "ui_ServerSettingWindowController.h"
-
-#include <QKeyEvent>
-
-using platform::localizedString;
-
-namespace
-{
-constexpr int AddressTag = 1;
-constexpr int PortTag = 2;
-
-QString ownText(const char *key)
-{
-    return localizedString(QLatin1String(key), QStringLiteral("ServerSettingWindowController"));
-}
-} // namespace
 
 ServerSettingWindowController::ServerSettingWindowController(QBNetworking &client, platform::UserDefaults &settings,
                                                              platform::NotificationCenter &notifications,
@@ -44,98 +18,24 @@ ServerSettingWindowController::ServerSettingWindowController(QBNetworking &clien
 {
 }
 
-ServerSettingWindowController::~ServerSettingWindowController()
-{
-    close(); // a field that loses the focus tells us so: now, while there is someone to listen
-}
-
 QWidget *ServerSettingWindowController::loadWindow()
 {
-    form = std::make_unique<Ui::ServerSettingWindowController>();
-    auto *surface = new QWidget;
-    form->setupUi(surface);
-    return surface;
+    view = new ServerSettingView(branding, center);
+    return view;
 }
 
 void ServerSettingWindowController::windowDidLoad()
 {
-    portFilter = new PortValidator(*form->txtAuthPort);
-    indicator = new QBSpinner(form->btnConfirm);
-    form->btnConfirm->applyBranding(branding);
-    observeFocus();
-    connect(form->btnConfirm, &QAbstractButton::clicked, this, [this] { performConfirm(); });
-    connect(form->btnCancel, &QAbstractButton::clicked, this, [this] { performCancel(); });
-    auto *returnKey = new ReturnKeyFilter(
-        [this](QObject *) {
-            const bool valid = work == Work::None && validateInputs();
-            if (valid)
-                performConfirm();
-            return valid;
-        },
-        this);
-    for (QLineEdit *field : {form->txtServerAddress, form->txtAuthPort}) {
-        returnKey->watch(field);
-        connect(field, &QLineEdit::textChanged, this, [this] { refreshComfirmButton(); });
-        connect(field, &QLineEdit::textEdited, this, [this] { hideMessage(); });
-    }
-    initialUI();
+    connect(view, &ServerSettingView::confirmed, this, &ServerSettingWindowController::performConfirm);
+    connect(view, &ServerSettingView::cancelled, this, &ServerSettingWindowController::performCancel);
     performUserDefaults();
-    refreshComfirmButton();
-    hideMessage();
-}
-
-void ServerSettingWindowController::initialUI()
-{
-    form->txtHeading->setText(ownText("Heading.title"));
-    form->txtHeading->setFont(QBFont::SYsystemFontOfSize(QBFont::SystemFontSize + 5));
-    form->txtServerAddressTip->setText(ownText("ServerAddressTitle"));
-    form->txtAuthPortTip->setText(ownText("AppPortTitle"));
-    form->txtServerAddress->setAccessibleName(form->txtServerAddressTip->text());
-    form->txtAuthPort->setAccessibleName(form->txtAuthPortTip->text());
-    form->txtServerAddressTip->setBuddy(form->txtServerAddress);
-    form->txtAuthPortTip->setBuddy(form->txtAuthPort);
-    form->btnConfirm->setText(localizedString(QStringLiteral("确定")));
-    form->btnCancel->setText(localizedString(QStringLiteral("取消")));
-    for (QPushButton *button :
-         {static_cast<QPushButton *>(form->btnConfirm), static_cast<QPushButton *>(form->btnCancel)})
-        button->setAccessibleName(button->text());
-    for (QBBox *box : {form->boxServerAddress, form->boxAuthPort, form->boxFilePort}) {
-        box->setCornerRadius(StyleKit::CornerRadius);
-        box->setFillColor(Qt::white);
-    }
-    form->boxFilePort->hide(); // one port serves everything
-    form->txtServerAddress->setFocus(Qt::OtherFocusReason);
-}
-
-void ServerSettingWindowController::observeFocus()
-{
-    const auto observe = [this](const QString &name, const QString &key, bool active) {
-        center.addObserver(this, name, [this, key, active](const platform::Notification &notification) {
-            colourBox(notification.userInfo.value(key).toInt(), active);
-        });
-    };
-    observe(NotificationNames::serverSettingTextFieldActive(), QStringLiteral("Active"), true);
-    observe(NotificationNames::serverSettingTextFieldDeactive(), QStringLiteral("Deactive"), false);
-}
-
-void ServerSettingWindowController::colourBox(int tag, bool active)
-{
-    QBBox *box = tag == AddressTag ? form->boxServerAddress : tag == PortTag ? form->boxAuthPort : nullptr;
-    const QBTextField *field = tag == AddressTag ? form->txtServerAddress : form->txtAuthPort;
-    if (box)
-        box->setBorderColor(active ? field->activeColor() : field->inactiveColor());
 }
 
 void ServerSettingWindowController::performUserDefaults()
 {
-    QString address = defaults.string(PersistentKeys::serverID());
-    if (address.isNull())
-        address = branding.presetServer();
-    if (!address.isEmpty())
-        form->txtServerAddress->setText(address);
-    const QString port = defaults.string(PersistentKeys::authportNew());
-    if (!port.isEmpty())
-        portFilter->setStoredText(port);
+    const QString stored = defaults.string(PersistentKeys::serverID());
+    view->showServer(stored.isNull() ? branding.presetServer() : stored,
+                     defaults.string(PersistentKeys::authportNew()));
 }
 
 void ServerSettingWindowController::showServerSettingWindowWithCode(int code)
@@ -143,9 +43,8 @@ void ServerSettingWindowController::showServerSettingWindowWithCode(int code)
     showWindow();
     Application::activate(window());
     endWork();
-    initialUI();
+    view->initialUI();
     performUserDefaults();
-    refreshComfirmButton();
     showMessageWithCode(code);
 }
 
@@ -156,27 +55,14 @@ void ServerSettingWindowController::DisplayServerSettingWindow(const QString &te
 
 void ServerSettingWindowController::showMessageWithErrorLocalizedDescription(const QString &text)
 {
-    showMessage(text, true);
+    window();
+    view->showMessage(text, true);
 }
 
-bool ServerSettingWindowController::validateInputs() const
+bool ServerSettingWindowController::escapePressed()
 {
-    return ServerAddressRules::validateInputs(form->txtServerAddress->text(), form->txtAuthPort->text());
-}
-
-void ServerSettingWindowController::refreshComfirmButton()
-{
-    form->btnConfirm->setEnabled(work == Work::None && validateInputs());
-}
-
-bool ServerSettingWindowController::eventFilter(QObject *watched, QEvent *event)
-{
-    const bool escape = event->type() == QEvent::KeyPress && static_cast<QKeyEvent *>(event)->key() == Qt::Key_Escape;
-    if (escape && isWindowLoaded() && watched == window()) {
-        performCancel();
-        return true;
-    }
-    return QBWindowController::eventFilter(watched, event);
+    performCancel();
+    return true;
 }
 
 // The pieces of work.
@@ -184,14 +70,7 @@ bool ServerSettingWindowController::eventFilter(QObject *watched, QEvent *event)
 int ServerSettingWindowController::begin(Work next)
 {
     work = next;
-    indicator->setVisible(true);
-    form->btnConfirm->setText(QString());
-    form->txtServerAddress->setReadOnly(true);
-    form->txtAuthPort->setReadOnly(true);
-    if (next != Work::Checking)
-        FocusHandOver::disable(form->btnCancel, form->txtServerAddress);
-    FocusHandOver::disable(form->btnConfirm, form->txtServerAddress);
-    refreshComfirmButton();
+    view->setBusy(next == Work::Checking ? ServerSettingView::Busy::MayCancel : ServerSettingView::Busy::Yes);
     return ++workNumber;
 }
 
@@ -199,63 +78,41 @@ void ServerSettingWindowController::endWork()
 {
     work = Work::None;
     ++workNumber;
-    indicator->setVisible(false);
-    form->btnConfirm->setText(localizedString(QStringLiteral("确定")));
-    form->txtServerAddress->setReadOnly(false);
-    form->txtAuthPort->setReadOnly(false);
-    form->btnCancel->setEnabled(true);
-    refreshComfirmButton();
-}
-
-bool ServerSettingWindowController::checkLegalServerAddress()
-{
-    using ServerAddressRules::AddressCheck;
-    switch (ServerAddressRules::checkLegalServerAddress(form->txtServerAddress->text())) {
-    case AddressCheck::InputDomainError:
-        showMessageKey(QStringLiteral("InputDomainError"), true);
-        return false;
-    case AddressCheck::InputIPError:
-        showMessageKey(QStringLiteral("InputIPError"), true);
-        return false;
-    case AddressCheck::Legal:
-        break;
-    }
-    return true;
+    view->setBusy(ServerSettingView::Busy::No);
 }
 
 void ServerSettingWindowController::performConfirm()
 {
     window();
-    if (work != Work::None || !checkLegalServerAddress())
+    if (work != Work::None || !view->checkLegalServerAddress())
         return;
-    showMessageKey(QStringLiteral("ServerConfigChecking"), false);
+    view->showMessageKey(QStringLiteral("ServerConfigChecking"), false);
     const int number = begin(Work::Checking);
-    ServerSettingCalls::configure(networking, this, form->txtServerAddress->text(), form->txtAuthPort->text(),
-                                  [this, number](int code) {
-                                      if (number == workNumber)
-                                          handleConfigResult(code);
-                                  });
+    ServerSettingCalls::configure(networking, this, view->address(), view->port(), [this, number](int code) {
+        if (number == workNumber)
+            handleConfigResult(code);
+    });
 }
 
 void ServerSettingWindowController::handleConfigResult(int code)
 {
     if (code != static_cast<int>(ServerConfigResult::Succeeded)) {
         endWork();
-        hideMessage();
+        view->hideMessage();
         showMessageWithCode(code);
         return;
     }
     necessary = false;
-    hideMessage();
+    view->hideMessage();
     saveServer();
     checkClientVersion();
 }
 
 void ServerSettingWindowController::saveServer()
 {
-    const QString address = QBApiManager::ipAddressFromDomain(form->txtServerAddress->text());
+    const QString address = QBApiManager::ipAddressFromDomain(view->address());
     defaults.set(PersistentKeys::serverID(), address);
-    defaults.set(PersistentKeys::authportNew(), form->txtAuthPort->text());
+    defaults.set(PersistentKeys::authportNew(), view->port());
     if (!defaults.synchronize())
         platform::log(QStringLiteral("The server could not be written to the settings; it is tried again later."));
 }
@@ -275,7 +132,7 @@ void ServerSettingWindowController::handleVersionAnswer(const QBError &error, co
     endWork();
     switch (ServerVersionOutcome::of(error, reply)) {
     case ServerVersionOutcome::Kind::IllegalParameter:
-        showMessageKey(QStringLiteral("ServerConfigIllegalParameter"), true);
+        view->showMessageKey(QStringLiteral("ServerConfigIllegalParameter"), true);
         break;
     case ServerVersionOutcome::Kind::ShowError:
         Application::activate(window());
@@ -326,7 +183,7 @@ void ServerSettingWindowController::performCancel()
 void ServerSettingWindowController::finishCancel(bool answered)
 {
     endWork();
-    hideMessage();
+    view->hideMessage();
     if (answered)
         center.post(NotificationNames::wantLoginWindow());
     else
@@ -341,7 +198,7 @@ bool ServerSettingWindowController::windowShouldClose()
     }
     if (work == Work::Closing)
         return false;
-    showMessageKey(QStringLiteral("ServerConfigChecking"), false);
+    view->showMessageKey(QStringLiteral("ServerConfigChecking"), false);
     const int number = begin(Work::Closing);
     ServerSettingCalls::pingStoredServer(networking, this, false, [this, number](bool answered) {
         if (number == workNumber)
@@ -353,7 +210,7 @@ bool ServerSettingWindowController::windowShouldClose()
 void ServerSettingWindowController::finishClosing(bool answered)
 {
     endWork();
-    hideMessage();
+    view->hideMessage();
     const QPointer<ServerSettingWindowController> guard(this);
     if (!answered || LoginPlan::hidesLogin(defaults.dictionary(PersistentKeys::thirdPartyDic())))
         Application::terminate();
@@ -363,30 +220,8 @@ void ServerSettingWindowController::finishClosing(bool answered)
         close();
 }
 
-// Messages.
-
 void ServerSettingWindowController::showMessageWithCode(int code)
 {
     if (code == static_cast<int>(ServerConfigResult::Failed))
-        showMessageKey(QStringLiteral("ServerConfigFailed"), true);
-}
-
-void ServerSettingWindowController::showMessageKey(const QString &key, bool isError)
-{
-    showMessage(localizedString(key, QStringLiteral("Messages")), isError);
-}
-
-void ServerSettingWindowController::showMessage(const QString &text, bool isError)
-{
-    if (text.isEmpty())
-        return;
-    window();
-    MessageLine::show(form->txtMessage, text, isError ? MessageLine::Kind::Error : MessageLine::Kind::Status);
-    if (isError)
-        WindowShake::shake(window());
-}
-
-void ServerSettingWindowController::hideMessage()
-{
-    MessageLine::clear(form->txtMessage);
+        view->showMessageKey(QStringLiteral("ServerConfigFailed"), true);
 }

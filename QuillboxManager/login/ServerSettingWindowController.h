@@ -7,16 +7,7 @@
 #include "platform/UserDefaults.h"
 #include "ui/QBWindowController.h"
 
-#include <memory>
-
-class PortValidator;
-class QBBox;
-class QBSpinner;
-
-namespace Ui
-{
-class ServerSettingWindowController;
-}
+class ServerSettingView;
 
 /// The window in which the user names the document server. Main thread; server calls run on the background pool and a
 /// late answer is dropped when the window has moved on or is gone. The collaborators must outlive the calls.
@@ -29,7 +20,6 @@ public:
         platform::UserDefaults &defaults = platform::UserDefaults::standard(),
         platform::NotificationCenter &center = platform::NotificationCenter::defaultCenter(),
         const Branding &branding = Branding(), QObject *parent = nullptr);
-    ~ServerSettingWindowController() override;
 
     /// While set no usable server is known, and finishing quits instead of leading to the login window.
     void setNecessary(bool isNecessary) { necessary = isNecessary; }
@@ -52,20 +42,13 @@ protected:
     QWidget *loadWindow() override;
     void windowDidLoad() override;
     bool windowShouldClose() override;
-    bool eventFilter(QObject *watched, QEvent *event) override;
+    bool escapePressed() override;
 
 private:
     /// What the window is busy with; each piece of work has a number and late answers of older ones are dropped.
     enum class Work { None, Checking, Cancelling, Closing };
 
-    void initialUI();
     void performUserDefaults();
-    void refreshComfirmButton();
-    bool validateInputs() const;
-    bool checkLegalServerAddress();
-    void observeFocus();
-    void colourBox(int tag, bool active);
-
     int begin(Work next);
     void endWork();
     void handleConfigResult(int code);
@@ -77,17 +60,12 @@ private:
     void finishClosing(bool answered);
 
     void showMessageWithCode(int code);
-    void showMessage(const QString &text, bool isError);
-    void showMessageKey(const QString &key, bool isError);
-    void hideMessage();
 
     QBNetworking &networking;
     platform::UserDefaults &defaults;
     platform::NotificationCenter &center;
     const Branding branding;
-    std::unique_ptr<Ui::ServerSettingWindowController> form;
-    PortValidator *portFilter = nullptr;
-    QBSpinner *indicator = nullptr;
+    ServerSettingView *view = nullptr; ///< the window, owned by the base class
     ShowUpdateVersionDelegate *showUpdateVersionDelegate = nullptr;
     bool necessary = false;
     Work work = Work::None;

@@ -51,4 +51,16 @@ QJsonObject returnParameters(const QString &text)
     return parameters;
 }
 
+QString thirdLoginURL(const QString &authServer)
+{
+    QUrl url(authServer.trimmed());
+    const QString scheme = url.scheme();
+    if (!url.isValid() || url.host().isEmpty() || (scheme != QLatin1String("http") && scheme != QLatin1String("https")))
+        return {};
+    const QString platformItem = QStringLiteral("platform=mac");
+    const QString query = url.query(QUrl::FullyEncoded);
+    url.setQuery(query.isEmpty() ? platformItem : query + QLatin1Char('&') + platformItem);
+    return QString::fromLatin1(url.toEncoded());
+}
+
 } // namespace ThirdLoginRules

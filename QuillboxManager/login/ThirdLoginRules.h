@@ -3,7 +3,7 @@
 #include <QJsonObject>
 #include <QString>
 
-/// What the address of a request tells about a sign-in at an external authenticator. Stateless; any thread.
+/// What addresses mean for a sign-in at an external authenticator. Stateless; any thread.
 namespace ThirdLoginRules
 {
 
@@ -22,5 +22,8 @@ Sighting recognise(const QString &url, const QString &matchUrl);
 /// "a=1&b=#2" gives a → 1 and b → 2: every "#" goes, a later key replaces an earlier one, what follows a second "=" is
 /// left out, and a piece without a key or without "=" is no parameter.
 QJsonObject returnParameters(const QString &text);
+
+/// "platform=mac" added to the query of an authenticator's address; null unless it is http or https.
+QString thirdLoginURL(const QString &authServer);
 
 } // namespace ThirdLoginRules

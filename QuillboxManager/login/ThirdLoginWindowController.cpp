@@ -6,10 +6,8 @@
 #include "state/NotificationNames.h"
 #include "ui/Application.h"
 #include "ui/QBAlert.h"
-#include "ui/QBFont.h"
 #include "ui_ThirdLoginWindowController.h"
 
-#include <QKeyEvent>
 #include <QPointer>
 
 #include <utility>
@@ -59,12 +57,9 @@ ThirdLoginWindowController::ThirdLoginWindowController(QBNetworking &client,
                                                        platform::NotificationCenter &notifications,
                                                        platform::WebBrowserMaker browserMaker, WebPanel::Opener opener,
                                                        QObject *parent)
-    : QBWindowController(parent), networking(client), center(notifications), maker(std::move(browserMaker)),
-      openExternally(std::move(opener))
+    : WebWindowController(std::move(browserMaker), std::move(opener), parent), networking(client), center(notifications)
 {
 }
-
-ThirdLoginWindowController::~ThirdLoginWindowController() = default;
 
 void ThirdLoginWindowController::initWithAuthURL(const QString &url, const QString &id)
 {
@@ -72,24 +67,20 @@ void ThirdLoginWindowController::initWithAuthURL(const QString &url, const QStri
     strAuthID = id;
 }
 
-QWidget *ThirdLoginWindowController::loadWindow()
+void ThirdLoginWindowController::setupUi(QWidget *surface)
 {
-    form = std::make_unique<Ui::ThirdLoginWindowController>();
-    auto *surface = new QWidget;
-    form->setupUi(surface);
-    webView = new WebPanel(maker, openExternally, surface);
-    webView->setObjectName(QStringLiteral("webView"));
-    form->windowLayout->addWidget(webView, 1);
-    return surface;
+    Ui::ThirdLoginWindowController().setupUi(surface);
+}
+
+QString ThirdLoginWindowController::title() const
+{
+    return ownText(QStringLiteral("登录"));
 }
 
 void ThirdLoginWindowController::windowDidLoad()
 {
-    form->titleView->setText(ownText(QStringLiteral("登录")));
-    form->titleView->setFont(QBFont::SYsystemFontOfSize(QBFont::SystemFontSize + 1));
+    WebWindowController::windowDidLoad();
     connect(webView, &WebPanel::willSendRequest, this, &ThirdLoginWindowController::willSendRequest);
-    connect(webView, &WebPanel::backRequested, this, [this] { window()->close(); });
-    connect(webView, &WebPanel::escapePressed, this, [this] { window()->close(); });
 }
 
 void ThirdLoginWindowController::loadThirdWebView()
@@ -114,7 +105,7 @@ void ThirdLoginWindowController::willSendRequest(const QUrl &url)
         platform::log(QStringLiteral("符合要求%1").arg(withoutTicket(address, sighting.ticket)));
     ++exchanges;
     webView->setWaiting(true);
-    webView->evaluate(userNameScript(), [this, sighting, number = attempt](const QString &userName) {
+    webView->evaluate(userNameScript(), this, [this, sighting, number = attempt](const QString &userName) {
         if (number == attempt)
             signIn(sighting, userName.isNull() ? QLatin1String("") : userName);
     });
@@ -180,14 +171,4 @@ bool ThirdLoginWindowController::windowShouldClose()
     endAttempt();
     center.post(NotificationNames::closeThirdLoginWindowShowLoginWindow());
     return true;
-}
-
-bool ThirdLoginWindowController::eventFilter(QObject *watched, QEvent *event)
-{
-    const bool escape = event->type() == QEvent::KeyPress && static_cast<QKeyEvent *>(event)->key() == Qt::Key_Escape;
-    if (escape && isWindowLoaded() && watched == window()) {
-        window()->close();
-        return true;
-    }
-    return QBWindowController::eventFilter(watched, event);
 }

@@ -3,21 +3,13 @@
 #include "api/QBNetworking.h"
 #include "login/LoginCalls.h"
 #include "login/ThirdLoginRules.h"
-#include "login/WebPanel.h"
+#include "login/WebWindowController.h"
 #include "platform/NotificationCenter.h"
-#include "ui/QBWindowController.h"
-
-#include <memory>
-
-namespace Ui
-{
-class ThirdLoginWindowController;
-}
 
 /// The window with an external authenticator's sign-in page. It watches the page's requests for the ticket and signs in
 /// with it. Main thread; server calls run on the background pool, and whatever belongs to an attempt that has ended is
 /// dropped. Closing the window leads back to the login window. The collaborators must outlive the calls.
-class ThirdLoginWindowController final : public QBWindowController
+class ThirdLoginWindowController final : public WebWindowController
 {
     Q_OBJECT
 public:
@@ -25,7 +17,6 @@ public:
         QBNetworking &networking = QBNetworking::sharedNetworking(),
         platform::NotificationCenter &center = platform::NotificationCenter::defaultCenter(),
         platform::WebBrowserMaker maker = {}, WebPanel::Opener openExternally = {}, QObject *parent = nullptr);
-    ~ThirdLoginWindowController() override;
 
     /// The page (http or https) and the authenticator of the next attempts.
     void initWithAuthURL(const QString &authURL, const QString &authID);
@@ -33,11 +24,11 @@ public:
     void loadThirdWebView();
 
 protected:
-    QWidget *loadWindow() override;
+    void setupUi(QWidget *surface) override;
+    QString title() const override;
     void windowDidLoad() override;
     bool isResizable() const override { return true; }
     bool windowShouldClose() override;
-    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     void willSendRequest(const QUrl &url);
@@ -50,10 +41,6 @@ private:
 
     QBNetworking &networking;
     platform::NotificationCenter &center;
-    const platform::WebBrowserMaker maker;
-    const WebPanel::Opener openExternally;
-    std::unique_ptr<Ui::ThirdLoginWindowController> form;
-    WebPanel *webView = nullptr; ///< owned by the window
     QString authURL;
     QString strAuthID;
     QString matchUrl;  ///< empty: the server names no return address

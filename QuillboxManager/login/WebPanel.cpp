@@ -134,19 +134,37 @@ void WebPanel::endBrowser()
     browser->view()->hide();
     browser->view()->setParent(nullptr);
     browser.release()->deleteLater();
+    for (const auto &[question, then] : std::exchange(questions, {}))
+        answerLater(then); // the page cannot any more
 }
 
-void WebPanel::evaluate(const QString &script, std::function<void(const QString &)> then)
+void WebPanel::evaluate(const QString &script, QObject *context, const Answer &then)
 {
+    const Answer guarded = [guard = QPointer<QObject>(context), then](const QString &value) {
+        if (guard)
+            then(value);
+    };
     if (!browser) {
-        QTimer::singleShot(0, this, [then = std::move(then)] { then(QString()); });
+        answerLater(guarded);
         return;
     }
-    browser->evaluate(script, [guard = QPointer<platform::WebBrowser>(browser.get()), panel = QPointer<WebPanel>(this),
-                               then = std::move(then)](const QString &value) {
-        if (panel && guard && panel->browser.get() == guard)
-            then(value);
+    const int question = ++lastQuestion;
+    questions.emplace(question, guarded);
+    browser->evaluate(script, [panel = QPointer<WebPanel>(this), question](const QString &value) {
+        if (panel)
+            panel->answer(question, value);
     });
+}
+
+void WebPanel::answer(int question, const QString &value)
+{
+    if (const auto asked = questions.extract(question))
+        asked.mapped()(value);
+}
+
+void WebPanel::answerLater(const Answer &then)
+{
+    QTimer::singleShot(0, this, [then] { then(QString()); });
 }
 
 bool WebPanel::ensureBrowser()

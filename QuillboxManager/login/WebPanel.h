@@ -6,6 +6,7 @@
 #include <QWidget>
 
 #include <functional>
+#include <map>
 #include <memory>
 
 class Branding;
@@ -37,12 +38,14 @@ public:
     /// While set the sign of loading covers the page, which goes on, and failures are not shown: what the page was for
     /// is done or under way. `load` and `unload` end it.
     void setWaiting(bool waiting);
-    /// Ends the page and its browser. Late answers of it are dropped; the next `load` starts with an empty profile.
+    /// Ends the page and its browser; the next `load` starts with an empty profile.
     void unload();
     State state() const { return shown; }
 
-    /// As of platform::WebBrowser; answers null later when no page is there.
-    void evaluate(const QString &script, std::function<void(const QString &value)> then);
+    using Answer = std::function<void(const QString &value)>;
+    /// As of platform::WebBrowser, but it ends with the page, too: `then` runs once, and with null when the page is
+    /// gone before its answer, or was never there. Not at all when `context` or the panel is gone.
+    void evaluate(const QString &script, QObject *context, const Answer &then);
 
     void applyBranding(const Branding &branding);
 
@@ -66,6 +69,8 @@ private:
     void showPage();
     void showFailure(const QString &messageKey);
     void endBrowser();
+    void answer(int question, const QString &value);
+    void answerLater(const Answer &then);
     void explain(platform::WebBrowser::Failure failure, const QString &text);
     void reload();
 
@@ -74,6 +79,8 @@ private:
     std::unique_ptr<Ui::WebPanel> form;
     std::unique_ptr<platform::WebBrowser> browser;
     QStringList handlers;
+    std::map<int, Answer> questions; ///< that the page has not answered, by number
+    int lastQuestion = 0;
     QUrl wanted; ///< of the last load
     State shown = State::Empty;
     bool isWaiting = false;

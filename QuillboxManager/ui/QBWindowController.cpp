@@ -6,7 +6,7 @@
 #include "ui/WindowPlace.h"
 
 #include <QCoreApplication>
-#include <QEvent>
+#include <QKeyEvent>
 
 QBWindowController::QBWindowController(QObject *parent) : QObject(parent) {}
 
@@ -61,8 +61,16 @@ void QBWindowController::center()
 
 bool QBWindowController::eventFilter(QObject *watched, QEvent *event)
 {
-    if (watched != widget.get() || event->type() != QEvent::Close)
+    if (watched != widget.get())
         return QObject::eventFilter(watched, event);
+    if (event->type() == QEvent::Close)
+        return answerClose(event);
+    return event->type() == QEvent::KeyPress && static_cast<QKeyEvent *>(event)->key() == Qt::Key_Escape &&
+           escapePressed();
+}
+
+bool QBWindowController::answerClose(QEvent *event)
+{
     // Answering may destroy this controller; the window then is hidden and lives until the event has ended.
     const QPointer<QBWindowController> alive(this);
     const bool closes = windowShouldClose();

@@ -35,12 +35,16 @@ protected:
     virtual void windowDidLoad() {}
     /// May the user resize, zoom and miniaturise the window? Asked once, before `windowDidLoad`.
     virtual bool isResizable() const { return false; }
-    /// The user wants the window closed (title-bar button, Esc where it means that). False keeps it open.
+    /// The user wants the window closed. False keeps it open.
     virtual bool windowShouldClose() { return true; }
+    /// The user pressed Escape and no control wanted the key. True when that meant something here.
+    virtual bool escapePressed() { return false; }
 
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
+    bool answerClose(QEvent *event);
+
     std::unique_ptr<QWidget> widget;
     bool loaded = false;
 };

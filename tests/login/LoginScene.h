@@ -8,13 +8,23 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QTest>
 
+#include <algorithm>
 #include <memory>
 #include <vector>
+
+inline const QByteArray configurationCall = "POST /api/v1/auth1?method=getconfig";
+inline const QByteArray signInCall = "POST /api/v1/auth1?method=getnew";
+inline const QByteArray codeCall = "POST /api/v1/auth1?method=sendauthvcode";
+inline const QByteArray pictureCall = "POST /api/v1/auth1?method=getvcode";
+inline const QByteArray pingCall = "POST /api/v1/ping";
+inline const QByteArray session = R"({"expires":3600,"userid":"u1","tokenid":"t1"})";
 
 /// What a sign-in window talks to: a scripted server, a client of its own, settings, notifications and an application
 /// that only counts how often it was to end.
@@ -35,7 +45,13 @@ struct LoginScene : ThirdLoginOpener {
             });
         Application::setTerminateHandler([this] { ++terminated; });
     }
-    ~LoginScene() override { Application::setTerminateHandler({}); }
+    /// At the end everything that the script expects has been asked for, and nothing more.
+    ~LoginScene() override
+    {
+        Application::setTerminateHandler({});
+        if (!QTest::currentTestFailed() && !isServerLost)
+            QCOMPARE(server.complaint(), QString());
+    }
 
     bool open(const QString &authURL, const QString &authID) override
     {
@@ -76,6 +92,14 @@ struct LoginScene : ThirdLoginOpener {
         press(window, name);
     }
     static QString message(QWidget *window, const char *name) { return find<QLabel>(window, name)->text(); }
+    static bool isEnabled(QWidget *window, const char *name) { return find(window, name)->isEnabled(); }
+    static void pressKey(QWidget *window, const char *name, Qt::Key key) { QTest::keyClick(find(window, name), key); }
+    static QString title(QWidget *window, const char *name) { return find<QAbstractButton>(window, name)->text(); }
+    /// The colour of the border around a field.
+    static QColor border(QWidget *window, const char *box)
+    {
+        return find(window, box)->property("borderColor").value<QColor>();
+    }
 
     /// The alert on show, null when there is none.
     static QMessageBox *alert()
@@ -86,7 +110,16 @@ struct LoginScene : ThirdLoginOpener {
         return nullptr;
     }
 
+    /// What the client sent with its request of that number.
+    QJsonObject body(int request) const { return QJsonDocument::fromJson(server.bodies().at(request)).object(); }
+    qsizetype sent(const QByteArray &call) const
+    {
+        const QByteArrayList all = server.requests();
+        return std::count_if(all.begin(), all.end(), [&](const QByteArray &one) { return one.startsWith(call); });
+    }
+
     testing::ScriptedServer server;
+    bool isServerLost = false; ///< the script is not for anyone any more
     ApiClient &client;
     QObject observer;
     platform::NotificationCenter center;

@@ -1,30 +1,17 @@
 #include "login/ChangePasswordRules.h"
 #include "login/LoginErrorText.h"
 #include "login/VerifyErrorText.h"
+#include "support/Cases.h"
 #include "support/TestMain.h"
 
 #include <QMap>
-#include <QTest>
 
 using namespace Qt::StringLiterals;
 
-/// The lines that refusals show, against tables of the test's own.
-class TestLoginTexts : public QObject
+namespace
 {
-    Q_OBJECT
-private Q_SLOTS:
-    void compose_data();
-    void compose();
-    void wrongCodes();
-    void verification_data();
-    void verification();
-    void changeFaults_data();
-    void changeFaults();
-    void changeRefusals_data();
-    void changeRefusals();
-};
-
-static QString lookUp(const QString &key, const QString &table)
+/// Tables of the test's own.
+QString lookUp(const QString &key, const QString &table)
 {
     static const QMap<QString, QString> entries = {
         {u"Messages/401003"_s, u"wrong"_s},
@@ -45,105 +32,107 @@ static QString lookUp(const QString &key, const QString &table)
     return entries.value(table + u'/' + key, key);
 }
 
-static QBError error(qint64 code, const QString &lockTime = {}, const QString &description = u"said"_s)
+QBError error(qint64 code, const QString &lockTime = {})
 {
-    QVariantMap info{{QBErrorKeys::localizedDescription(), description}};
+    QVariantMap info{{QBErrorKeys::localizedDescription(), u"said"_s}};
     if (!lockTime.isNull())
         info.insert(QBErrorKeys::lockTime(), lockTime);
     return QBError(QBError::serverDomain(), code, info);
 }
 
-void TestLoginTexts::compose_data()
+QString signIn(const QBError &error)
 {
-    QTest::addColumn<qint64>("code");
-    QTest::addColumn<QString>("lockTime");
-    QTest::addColumn<QString>("expected");
-    QTest::newRow("known") << qint64(401003) << QString() << u"wrong"_s;
-    QTest::newRow("in the second table") << qint64(400001) << QString() << u"backup"_s;
-    QTest::newRow("unknown") << qint64(9) << QString() << u"Failed: said"_s;
-    QTest::newRow("empty entry") << qint64(500000) << QString() << u"Failed: said"_s;
-    QTest::newRow("locked") << qint64(401020) << u"25"_s << u"Too often. Locked for 25 minutes."_s;
-    QTest::newRow("locked, no time") << qint64(401020) << u""_s << u"Locked for 1 hour."_s;
-    QTest::newRow("time of another error") << qint64(401003) << u"25"_s << u"wrong"_s;
+    return LoginErrorText::compose(error, lookUp);
+}
+QString verification(const QBError &error)
+{
+    return VerifyErrorText::compose(error, lookUp);
+}
+QString change(const QBError &error)
+{
+    return ChangePasswordRules::refusal(error, lookUp);
 }
 
-void TestLoginTexts::compose()
-{
-    QFETCH(qint64, code);
-    QFETCH(QString, lockTime);
-    QTEST(LoginErrorText::compose(error(code, lockTime), lookUp), "expected");
-    QCOMPARE(LoginErrorText::replaceDuration(u"锁定一小时。"_s, u"5"_s), u"锁定5分钟。"_s);
-    QCOMPARE(LoginErrorText::replaceDuration(u"鎖定一小時。"_s, u"5"_s), u"鎖定5分鐘。"_s);
-    QCOMPARE(LoginErrorText::replaceDuration(u"locked"_s, u"5"_s), u"locked"_s);
-    QCOMPARE(LoginErrorText::replaceDuration(u"1 hour, 一小时"_s, u"%@"_s), u"1 hour, %@分钟"_s);
-}
+struct Line {
+    const char *name;
+    QString (*compose)(const QBError &error);
+    QBError error;
+    QString expected;
+};
 
-void TestLoginTexts::wrongCodes()
-{
-    VerifyErrorText::resetWrongCodes();
-    for (int attempt = 1; attempt <= 3; ++attempt)
-        QCOMPARE(VerifyErrorText::compose(error(401039), lookUp), u"wrong code"_s);
-    QCOMPARE(VerifyErrorText::compose(error(401003), lookUp), u"Failed: said"_s); // is none
-    QCOMPARE(VerifyErrorText::compose(error(401056), lookUp), u"too many"_s);
-    QCOMPARE(VerifyErrorText::compose(error(401039), lookUp), u"too many"_s);
-    VerifyErrorText::resetWrongCodes();
-    QCOMPARE(VerifyErrorText::compose(error(401039), lookUp), u"wrong code"_s);
-}
+const QList<Line> errorLines{
+    {"known", signIn, error(401003), u"wrong"_s},
+    {"in the second table", signIn, error(400001), u"backup"_s},
+    {"unknown", signIn, error(9), u"Failed: said"_s},
+    {"empty entry", signIn, error(500000), u"Failed: said"_s},
+    {"locked", signIn, error(401020, u"25"_s), u"Too often. Locked for 25 minutes."_s},
+    {"locked, no time", signIn, error(401020, u""_s), u"Locked for 1 hour."_s},
+    {"time of another error", signIn, error(401003, u"25"_s), u"wrong"_s},
+    {"verification: own text", verification, error(404029), u"own"_s},
+    {"verification: no own text for this one", verification, error(401035), u"weak"_s},
+    {"verification: second table", verification, error(400001), u"backup"_s},
+    {"verification: locked", verification, error(401020, u"7"_s), u"Too often. 锁定7分钟"_s},
+    {"change: wrong", change, error(401003), u"wrong"_s},
+    {"change: weak", change, error(401035), u"weak"_s},
+    {"change: no entry", change, error(401026), u"401026"_s},
+    {"change: locked", change, error(401020, u"3"_s), u"Old one too often. Locked for 3 minutes."_s},
+    {"change: any other", change, error(404029), u"refused"_s},
+};
 
-void TestLoginTexts::verification_data()
-{
-    QTest::addColumn<qint64>("code");
-    QTest::addColumn<QString>("expected");
-    QTest::newRow("own text") << qint64(404029) << u"own"_s;
-    QTest::newRow("no own text for this one") << qint64(401035) << u"weak"_s;
-    QTest::newRow("second table") << qint64(400001) << u"backup"_s;
-    QTest::newRow("locked") << qint64(401020) << u"Too often. 锁定7分钟"_s;
-}
+struct Passwords {
+    const char *name;
+    QString from, to, again;
+    QString fault;
+};
 
-void TestLoginTexts::verification()
-{
-    QFETCH(qint64, code);
-    QTEST(VerifyErrorText::compose(error(code, u"7"_s), lookUp), "expected");
-}
+const QList<Passwords> passwordFaults{
+    {"all empty", {}, {}, {}, u"旧密码不能为空。"_s},
+    {"no new one", u"a"_s, {}, {}, u"新密码不能为空。"_s},
+    {"not confirmed", u"a"_s, u"b"_s, {}, u"确认新密码不能为空。"_s},
+    {"mismatch before sameness", u"a"_s, u"a"_s, u"b"_s, u"两次输入的密码不一致。"_s},
+    {"same as the old one", u"a"_s, u"a"_s, u"a"_s, u"新密码不能和旧密码相同。"_s},
+    {"fine", u"a"_s, u"b"_s, u"b"_s, {}},
+};
+} // namespace
 
-void TestLoginTexts::changeFaults_data()
+/// The lines that refusals show.
+class TestLoginTexts : public QObject
 {
-    QTest::addColumn<QString>("from");
-    QTest::addColumn<QString>("to");
-    QTest::addColumn<QString>("again");
-    QTest::addColumn<QString>("expected");
-    QTest::newRow("all empty") << u""_s << u""_s << u""_s << u"旧密码不能为空。"_s;
-    QTest::newRow("no new one") << u"a"_s << u""_s << u""_s << u"新密码不能为空。"_s;
-    QTest::newRow("not confirmed") << u"a"_s << u"b"_s << u""_s << u"确认新密码不能为空。"_s;
-    QTest::newRow("mismatch before sameness") << u"a"_s << u"a"_s << u"b"_s << u"两次输入的密码不一致。"_s;
-    QTest::newRow("same as the old one") << u"a"_s << u"a"_s << u"a"_s << u"新密码不能和旧密码相同。"_s;
-    QTest::newRow("fine") << u"a"_s << u"b"_s << u"b"_s << QString();
-}
+    Q_OBJECT
+private Q_SLOTS:
+    void lines_data() { testing::addCases(errorLines); }
+    void lines()
+    {
+        const auto &[name, compose, error, expected] = testing::currentCase(errorLines);
+        QCOMPARE(compose(error), expected);
+    }
 
-void TestLoginTexts::changeFaults()
-{
-    QFETCH(QString, from);
-    QFETCH(QString, to);
-    QFETCH(QString, again);
-    QTEST(ChangePasswordRules::firstFault(from, to, again), "expected");
-}
+    void durations()
+    {
+        QCOMPARE(LoginErrorText::replaceDuration(u"鎖定一小時。"_s, u"5"_s), u"鎖定5分鐘。"_s);
+        QCOMPARE(LoginErrorText::replaceDuration(u"locked"_s, u"5"_s), u"locked"_s);
+        QCOMPARE(LoginErrorText::replaceDuration(u"1 hour, 一小时"_s, u"%@"_s), u"1 hour, %@分钟"_s);
+    }
 
-void TestLoginTexts::changeRefusals_data()
-{
-    QTest::addColumn<qint64>("code");
-    QTest::addColumn<QString>("expected");
-    QTest::newRow("401003") << qint64(401003) << u"wrong"_s;
-    QTest::newRow("401035") << qint64(401035) << u"weak"_s;
-    QTest::newRow("401026, no entry") << qint64(401026) << u"401026"_s;
-    QTest::newRow("locked") << qint64(401020) << u"Old one too often. Locked for 3 minutes."_s;
-    QTest::newRow("any other") << qint64(404029) << u"refused"_s;
-}
+    void wrongCodes()
+    {
+        VerifyErrorText::resetWrongCodes();
+        for (int attempt = 1; attempt <= 3; ++attempt)
+            QCOMPARE(verification(error(401039)), u"wrong code"_s);
+        QCOMPARE(verification(error(401003)), u"Failed: said"_s); // is none
+        QCOMPARE(verification(error(401056)), u"too many"_s);
+        QCOMPARE(verification(error(401039)), u"too many"_s);
+        VerifyErrorText::resetWrongCodes();
+        QCOMPARE(verification(error(401039)), u"wrong code"_s);
+    }
 
-void TestLoginTexts::changeRefusals()
-{
-    QFETCH(qint64, code);
-    QTEST(ChangePasswordRules::refusal(error(code, u"3"_s), lookUp), "expected");
-}
+    void changeFaults_data() { testing::addCases(passwordFaults); }
+    void changeFaults()
+    {
+        const auto &[name, from, to, again, fault] = testing::currentCase(passwordFaults);
+        QCOMPARE(ChangePasswordRules::firstFault(from, to, again), fault);
+    }
+};
 
 REGISTER_TEST(TestLoginTexts)
 #include "TestLoginTexts.moc"

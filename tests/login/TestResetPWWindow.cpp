@@ -2,11 +2,10 @@
 #include "login/ResetPWRules.h"
 #include "login/ResetPWWindowController.h"
 #include "state/PersistentKeys.h"
+#include "support/Cases.h"
 #include "support/FakeHost.h"
 #include "support/FakeWebBrowser.h"
 #include "support/TestMain.h"
-
-#include <QJsonDocument>
 
 using namespace Qt::StringLiterals;
 
@@ -41,71 +40,72 @@ struct ResetScene : ServedScene {
     QVariantList objects;
     std::unique_ptr<ResetPWWindowController> controller;
 };
+
+struct Language {
+    const char *name;
+    const char *code;
+};
+
+const QList<Language> languages{{"zh-Hans-CN", "zh-cn"}, {"zh-Hant-HK", "zh-tw"}, {"fr-FR", "en-us"}, {"zh", "en-us"}};
+
+struct SetUp {
+    const char *name;
+    QString serverID;
+    QByteArray config;
+    bool https;
+    QString port;
+    QString script; ///< null: none
+};
+
+const QByteArray known = R"({"https":false})";
+const QList<SetUp> setUps{
+    {"https", u"docs.example.org"_s, known, true, u"9998"_s, u"initQB('en-us','https://docs.example.org',9998);"_s},
+    {"http, any value", u"[::1]"_s, R"({"https":null})", false, u"80"_s, u"initQB('en-us','http://[::1]',80);"_s},
+    {"no https entry", u"x"_s, R"({"port":1})", true, u"80"_s, {}},
+    {"no server", {}, known, true, u"80"_s, {}},
+    {"port is no number", u"x"_s, known, true, u"80);alert(1"_s, {}},
+    {"quotes and backslashes", u"a'\\\n</script>\u2028"_s, known, false, u"1"_s,
+     u"initQB('en-us','http://a\\u0027\\u005c\\u000a\\u003c/script\\u003e\\u2028',1);"_s},
+};
+
+struct Switch {
+    const char *name; ///< the configuration
+    bool off;
+};
+
+const QList<Switch> switches{
+    {"{}", false},
+    {R"({"vcode_server_status":{}})", true},
+    {R"({"vcode_server_status":{"send_vcode_by_sms":true}})", false},
+    {R"({"vcode_server_status":{"send_vcode_by_email":1}})", false},
+    {R"({"vcode_server_status":7})", false},
+};
 } // namespace
 
 class TestResetPWWindow : public QObject
 {
     Q_OBJECT
-
 private Q_SLOTS:
-    void languages_data()
+    void language_data() { testing::addCases(languages); }
+    void language()
     {
-        QTest::addColumn<QString>("preferred");
-        QTest::addColumn<QString>("code");
-        QTest::newRow("simplified") << u"zh-Hans-CN"_s << u"zh-cn"_s;
-        QTest::newRow("Hong Kong") << u"zh-Hant-HK"_s << u"zh-tw"_s;
-        QTest::newRow("French") << u"fr-FR"_s << u"en-us"_s;
-        QTest::newRow("bare") << u"zh"_s << u"en-us"_s;
-    }
-    void languages()
-    {
-        QFETCH(QString, preferred);
-        QTEST(ResetPWRules::languageCode(preferred), "code");
+        const auto &[preferred, code] = testing::currentCase(languages);
+        QCOMPARE(ResetPWRules::languageCode(QLatin1String(preferred)), QLatin1String(code));
     }
 
-    void scripts_data()
-    {
-        QTest::addColumn<QString>("serverID");
-        QTest::addColumn<QByteArray>("config");
-        QTest::addColumn<bool>("https");
-        QTest::addColumn<QString>("port");
-        QTest::addColumn<QString>("script");
-        const QByteArray known = R"({"https":false})";
-        QTest::newRow("https") << u"docs.example.org"_s << known << true << u"9998"_s
-                               << u"initQB('en-us','https://docs.example.org',9998);"_s;
-        QTest::newRow("http, any value") << u"[::1]"_s << R"({"https":null})"_ba << false << u"80"_s
-                                         << u"initQB('en-us','http://[::1]',80);"_s;
-        QTest::newRow("no https entry") << u"x"_s << R"({"port":1})"_ba << true << u"80"_s << QString();
-        QTest::newRow("no server") << QString() << known << true << u"80"_s << QString();
-        QTest::newRow("port is no number") << u"x"_s << known << true << u"80);alert(1"_s << QString();
-        QTest::newRow("quotes and backslashes") << u"a'\\\n</script>\u2028"_s << known << false << u"1"_s
-                                                << u"initQB('en-us','http://a\\u0027\\u005c\\u000a\\u003c/script\\u003e"
-                                                   "\\u2028',1);"_s;
-    }
+    void scripts_data() { testing::addCases(setUps); }
     void scripts()
     {
-        QFETCH(QString, serverID);
-        QFETCH(QByteArray, config);
-        QFETCH(bool, https);
-        QFETCH(QString, port);
+        const auto &[name, serverID, config, https, port, script] = testing::currentCase(setUps);
         const QJsonObject object = QJsonDocument::fromJson(config).object();
-        QTEST(ResetPWRules::initScript(u"en"_s, serverID, object, https, port), "script");
+        QCOMPARE(ResetPWRules::initScript(u"en"_s, serverID, object, https, port), script);
     }
 
-    void switchedOff_data()
-    {
-        QTest::addColumn<QByteArray>("config");
-        QTest::addColumn<bool>("off");
-        QTest::newRow("unknown") << "{}"_ba << false;
-        QTest::newRow("neither") << R"({"vcode_server_status":{}})"_ba << true;
-        QTest::newRow("sms") << R"({"vcode_server_status":{"send_vcode_by_sms":true}})"_ba << false;
-        QTest::newRow("email") << R"({"vcode_server_status":{"send_vcode_by_email":1}})"_ba << false;
-        QTest::newRow("of another type") << R"({"vcode_server_status":7})"_ba << false;
-    }
+    void switchedOff_data() { testing::addCases(switches); }
     void switchedOff()
     {
-        QFETCH(QByteArray, config);
-        QTEST(ResetPWRules::isSwitchedOff(QJsonDocument::fromJson(config).object()), "off");
+        const auto &[config, off] = testing::currentCase(switches);
+        QCOMPARE(ResetPWRules::isSwitchedOff(QJsonDocument::fromJson(config).object()), off);
     }
 
     void pageIsSetUpAndListenedTo()
@@ -146,23 +146,18 @@ private Q_SLOTS:
         QVERIFY(scene.wentBack());
     }
 
-    /// At any moment, by the title bar or the Esc key; nothing that was under way says anything more.
+    /// Nothing that was under way says anything more.
     void closing_data()
     {
         QTest::addColumn<bool>("off");
-        QTest::addColumn<bool>("byKey");
-        QTest::newRow("before the page") << false << false;
-        QTest::newRow("before the alert, Esc") << true << true;
+        QTest::newRow("before the page") << false;
+        QTest::newRow("before the alert") << true;
     }
     void closing()
     {
         QFETCH(bool, off);
-        QFETCH(bool, byKey);
         ResetScene scene(channels(!off, false));
-        if (byKey)
-            QTest::keyClick(scene.controller->window(), Qt::Key_Escape);
-        else
-            scene.controller->window()->close();
+        scene.controller->window()->close();
         QVERIFY(scene.wentBack() && !scene.controller->isVisible());
         AWAIT(scene.documents->calls().contains(u"auth1.getconfig"_s));
         QTest::qWait(100);

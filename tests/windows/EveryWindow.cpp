@@ -1,9 +1,12 @@
 #include "EveryWindow.h"
 
 #include "files/QBClearCacheInformation.h"
+#include "login/LoginVerifyWindowController.h"
+#include "login/LoginWindowController.h"
 #include "login/QBChangePasswordController.h"
 #include "login/QuickStartWindowController.h"
 #include "login/ResetPWWindowController.h"
+#include "login/ServerSettingWindowController.h"
 #include "login/ThirdLoginWindowController.h"
 #include "login/UserProtocolWindowController.h"
 #include "login/VerifyErrorText.h"

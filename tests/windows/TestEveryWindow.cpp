@@ -1,5 +1,7 @@
 #include "EveryWindow.h"
+#include "support/Cases.h"
 #include "support/TestMain.h"
+#include "ui/animation/DisplayRefresh.h"
 
 #include <QSet>
 
@@ -8,11 +10,6 @@ using namespace testing;
 namespace
 {
 constexpr int Rounds = 50;
-
-bool isWaiting(const std::function<bool()> &done)
-{
-    return !QTest::qWaitFor(done, 10'000);
-}
 
 /// Everything queued for windows that are going or gone.
 void runLateWork()
@@ -37,6 +34,15 @@ QWidgetList tabStops(const QWidget &window)
             stops.append(control);
     return stops;
 }
+/// The window once it looks as meant, null when that does not come.
+QWidget *settled(const KnownWindow &known, ServedScene &scene, const KnownWindow::Controller &controller)
+{
+    QWidget *window = controller->window();
+    const auto looksAsMeant = [&] {
+        return controller->isVisible() && (!known.settle || known.settle(scene, *window));
+    };
+    return QTest::qWaitFor(looksAsMeant, 10'000) ? window : nullptr;
+}
 } // namespace
 
 /// What every window of the application has to bear.
@@ -45,110 +51,72 @@ class TestEveryWindow : public QObject
     Q_OBJECT
 private Q_SLOTS:
     void init() { DisplayRefresh::shared().setReducedMotion(false); }
-    void opensAndCloses_data() { rows(); }
-    void opensAndCloses();
-    void keyboardReachesEverything_data() { rows(); }
-    void keyboardReachesEverything();
-    void isQuietWhenIdle_data() { rows(); }
-    void isQuietWhenIdle();
 
-private:
-    static void rows();
-    static QWidget *settled(const KnownWindow &known, ServedScene &scene, const KnownWindow::Controller &controller);
+    void opensAndCloses_data() { addCases(everyWindow()); }
+    void opensAndCloses()
+    {
+        const KnownWindow known = currentCase(everyWindow());
+        ServedScene scene(known.scenario);
+        qsizetype widgets = 0;
+        for (int round = 0; round < Rounds; ++round) {
+            KnownWindow::Controller controller = known.open(scene);
+            if (round % 10 == 9)
+                QVERIFY(settled(known, scene, controller));
+            else
+                QTest::qWait(round % 5); // some answers are under way, some have come, some windows are not up yet
+            if (round % 2)
+                controller->window()->close();
+            if (round % 3)
+                runLateWork();
+            controller.reset();
+            runLateWork();
+            if (round == 2)
+                widgets = QApplication::allWidgets().size();
+        }
+        QTRY_VERIFY2(
+            QApplication::allWidgets().size() <= widgets,
+            qPrintable(QStringLiteral("%1 widgets, %2 at first").arg(QApplication::allWidgets().size()).arg(widgets)));
+        QVERIFY(!DisplayRefresh::shared().isTicking());
+    }
+
+    void keyboardReachesEverything_data() { addCases(everyWindow()); }
+    void keyboardReachesEverything()
+    {
+        const KnownWindow known = currentCase(everyWindow());
+        ServedScene scene(known.scenario);
+        const KnownWindow::Controller controller = known.open(scene);
+        QWidget *window = settled(known, scene, controller);
+        QVERIFY(window);
+        QTRY_VERIFY(!DisplayRefresh::shared().isTicking()); // quiet while idle
+        if (QMessageBox *alert = LoginScene::alert())
+            window = alert;
+        window->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(window));
+        const QWidgetList stops = tabStops(*window);
+        for (const QWidget *stop : stops)
+            QVERIFY2(!stop->accessibleName().isEmpty() || !stop->property("text").toString().isEmpty(),
+                     qPrintable(stop->objectName() + QLatin1String(" has no spoken name")));
+
+        for (const Qt::Key key : {Qt::Key_Tab, Qt::Key_Backtab}) {
+            QSet<QWidget *> reached;
+            for (qsizetype press = 0; press < 2 * stops.size() + 2 && window->focusWidget(); ++press) {
+                reached.insert(window->focusWidget());
+                QTest::keyClick(window->focusWidget(), key,
+                                key == Qt::Key_Backtab ? Qt::ShiftModifier : Qt::NoModifier);
+            }
+            // With a picture code Tab goes round the three fields; the way to the rest is Shift+Tab.
+            if (key == Qt::Key_Tab && window->findChild<QWidget *>(QStringLiteral("txtVcode")) &&
+                LoginScene::shows(window, "txtVcode")) {
+                QCOMPARE(reached.size(), 3);
+                continue;
+            }
+            for (QWidget *stop : stops)
+                QVERIFY2(reached.contains(stop), qPrintable(stop->objectName() + QLatin1String(" is out of reach")));
+        }
+        if (QMessageBox *alert = LoginScene::alert())
+            alert->close();
+    }
 };
 
 REGISTER_TEST(TestEveryWindow)
-
-void TestEveryWindow::rows()
-{
-    QTest::addColumn<int>("index");
-    const QList<KnownWindow> all = everyWindow();
-    for (int index = 0; index < all.size(); ++index)
-        QTest::newRow(all[index].name) << index;
-}
-
-QWidget *TestEveryWindow::settled(const KnownWindow &known, ServedScene &scene,
-                                  const KnownWindow::Controller &controller)
-{
-    QWidget *window = controller->window();
-    if (isWaiting([&] { return controller->isVisible() && (!known.settle || known.settle(scene, *window)); }))
-        return nullptr;
-    return window;
-}
-
-void TestEveryWindow::opensAndCloses()
-{
-    QFETCH(int, index);
-    const KnownWindow known = everyWindow().at(index);
-    ServedScene scene(known.scenario);
-    qsizetype widgets = 0;
-    for (int round = 0; round < Rounds; ++round) {
-        KnownWindow::Controller controller = known.open(scene);
-        if (round % 10 == 9)
-            QVERIFY(settled(known, scene, controller));
-        else
-            QTest::qWait(round % 5); // some server answers are under way, some have come, some windows are not up yet
-        if (round % 2)
-            controller->window()->close();
-        if (round % 3)
-            runLateWork();
-        controller.reset();
-        runLateWork();
-        if (round == 2)
-            widgets = QApplication::allWidgets().size();
-    }
-    QTRY_VERIFY2(
-        QApplication::allWidgets().size() <= widgets,
-        qPrintable(QStringLiteral("%1 widgets, %2 at first").arg(QApplication::allWidgets().size()).arg(widgets)));
-    QVERIFY(!DisplayRefresh::shared().isTicking());
-}
-
-void TestEveryWindow::keyboardReachesEverything()
-{
-    QFETCH(int, index);
-    const KnownWindow known = everyWindow().at(index);
-    ServedScene scene(known.scenario);
-    const KnownWindow::Controller controller = known.open(scene);
-    QWidget *window = settled(known, scene, controller);
-    QVERIFY(window);
-    if (QMessageBox *alert = LoginScene::alert())
-        window = alert;
-    window->activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(window));
-    const QWidgetList stops = tabStops(*window);
-    for (const QWidget *stop : stops)
-        QVERIFY2(!stop->accessibleName().isEmpty() || !stop->property("text").toString().isEmpty(),
-                 qPrintable(stop->objectName() + QLatin1String(" has no spoken name")));
-
-    for (const Qt::Key key : {Qt::Key_Tab, Qt::Key_Backtab}) {
-        QSet<QWidget *> reached;
-        for (qsizetype press = 0; press < 2 * stops.size() + 2 && window->focusWidget(); ++press) {
-            reached.insert(window->focusWidget());
-            QTest::keyClick(window->focusWidget(), key, key == Qt::Key_Backtab ? Qt::ShiftModifier : Qt::NoModifier);
-        }
-        // With a picture code Tab goes round the three fields; the way to the rest is Shift+Tab.
-        if (key == Qt::Key_Tab && window->findChild<QWidget *>(QStringLiteral("txtVcode")) &&
-            LoginScene::shows(window, "txtVcode")) {
-            QCOMPARE(reached.size(), 3);
-            continue;
-        }
-        for (QWidget *stop : stops)
-            QVERIFY2(reached.contains(stop), qPrintable(stop->objectName() + QLatin1String(" is out of reach")));
-    }
-    if (QMessageBox *alert = LoginScene::alert())
-        alert->close();
-}
-
-void TestEveryWindow::isQuietWhenIdle()
-{
-    QFETCH(int, index);
-    const KnownWindow known = everyWindow().at(index);
-    ServedScene scene(known.scenario);
-    const KnownWindow::Controller controller = known.open(scene);
-    QVERIFY(settled(known, scene, controller));
-    QTRY_VERIFY(!DisplayRefresh::shared().isTicking());
-    if (QMessageBox *alert = LoginScene::alert())
-        alert->close();
-}
-
 #include "TestEveryWindow.moc"

@@ -6,6 +6,7 @@
 #include "platform/Bundle.h"
 #include "platform/Localization.h"
 #include "ui/StyleKit.h"
+#include "ui/animation/DisplayRefresh.h"
 
 #include <QDir>
 #include <QPainter>

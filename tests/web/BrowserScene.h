@@ -31,7 +31,8 @@ struct BrowserScene {
         browser->view()->show();
     }
 
-    void load(const QString &path) { browser->load(server.url(path)); }
+    /// A path of this site, or an address elsewhere.
+    void load(const QString &path) { browser->load(path.startsWith(u'/') ? server.url(path) : QUrl(path)); }
     /// Loads and waits for the end.
     bool open(const QString &path)
     {

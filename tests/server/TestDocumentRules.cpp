@@ -42,6 +42,17 @@ struct Ground {
     QString top, folder, file, other;
 };
 
+/// What a call works on that brings "a.txt" into the target: something that is there, or the target itself.
+QString comingBy(const DocumentFixture &fixture, const QString &way, const QString &top, const QString &target)
+{
+    if (way == "upload"_L1 || way == "dir.create"_L1)
+        return target;
+    const bool moves = way.endsWith("move"_L1);
+    const QString origin = moves ? fixture.makeFolder(top, u"elsewhere"_s) : target;
+    const QString name = moves ? u"a.txt"_s : u"z"_s;
+    return way.startsWith("dir."_L1) ? fixture.makeFolder(origin, name) : fixture.makeFile(origin, name, "newer");
+}
+
 void addChanges(const QList<std::pair<int, QByteArrayList>> &changesByCode)
 {
     const testing::Rows<QString, int> row("change", "code");
@@ -117,16 +128,9 @@ private Q_SLOTS:
         static const DocumentFixture fixture;
         const QString top = fixture.makeFolder(fixture.entry(), title);
         const QString target = fixture.makeFolder(top, u"target"_s);
-        const QString elsewhere = fixture.makeFolder(top, u"elsewhere"_s);
         const QString holder =
             fileInTheWay ? fixture.makeFile(target, u"a.txt"_s, "old") : fixture.makeFolder(target, u"a.txt"_s);
-        const QString origin = way.endsWith("move"_L1) ? elsewhere : target;
-        const QString itsName = way.endsWith("move"_L1) ? u"a.txt"_s : u"z"_s;
-        const bool isFolder = way.startsWith("dir."_L1);
-        const QString coming =
-            way == "upload"_L1 || way == "dir.create"_L1
-                ? target
-                : (isFolder ? fixture.makeFolder(origin, itsName) : fixture.makeFile(origin, itsName, "newer"));
+        const QString coming = comingBy(fixture, way, top, target);
         const qint64 used = fixture.used();
         const QJsonObject body{
             {u"docid"_s, coming}, {u"name"_s, u"a.txt"_s}, {u"destparent"_s, target}, {u"ondup"_s, ondup}};

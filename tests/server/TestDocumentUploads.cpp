@@ -65,6 +65,26 @@ bool becomesTrue(const std::function<bool()> &condition)
             return true;
     return false;
 }
+/// Adds what the program confirmed before it was killed in the middle of an upload.
+void uploadUntilKilled(Program *program, const DocumentFixture &fixture, const QString &folder,
+                       QMap<QString, QByteArray> *confirmed)
+{
+    std::atomic<int> count = 0;
+    std::thread uploading([&] {
+        for (int i = 0;; ++i) {
+            const QString name = u"%1-%2"_s.arg(program->process.processId()).arg(i);
+            const QByteArray content = name.toUtf8().repeated(20'000);
+            if (fixture.upload({{u"docid"_s, folder}, {u"name"_s, name}}, content).status != 200)
+                return;
+            confirmed->insert(name, content);
+            ++count;
+        }
+    });
+    becomesTrue([&] { return count >= 5; });
+    program->process.kill();
+    program->process.waitForFinished();
+    uploading.join();
+}
 } // namespace
 
 class TestDocumentUploads : public QObject
@@ -232,21 +252,7 @@ private Q_SLOTS:
             fixture.server.talkTo(httpPortOf(program.firstLine()), data);
             fixture.token = fixture.server.signInToken();
             folder = folder.isEmpty() ? fixture.makeFolder(fixture.entry(), u"kill"_s) : folder;
-            std::atomic<int> count = 0;
-            std::thread uploading([&] {
-                for (int i = 0;; ++i) {
-                    const QString name = u"%1-%2"_s.arg(round).arg(i);
-                    const QByteArray content = name.toUtf8().repeated(20'000);
-                    if (fixture.upload({{u"docid"_s, folder}, {u"name"_s, name}}, content).status != 200)
-                        return;
-                    confirmed.insert(name, content);
-                    ++count;
-                }
-            });
-            becomesTrue([&] { return count >= 5 + round; });
-            program.process.kill();
-            program.process.waitForFinished();
-            uploading.join();
+            uploadUntilKilled(&program, fixture, folder, &confirmed);
         }
         fixture.server.talkTo(-1, data);
         QVERIFY(fixture.server.restart());

@@ -116,16 +116,8 @@ public:
         moved.folder = folderId;
         return document.id;
     }
-    void lock(const QString &id) override
-    {
-        const auto guard = called(QStringLiteral("lock"));
-        item(id).locked = true;
-    }
-    void unlock(const QString &id) override
-    {
-        const auto guard = called(QStringLiteral("unlock"));
-        item(id).locked = false;
-    }
+    void lock(const QString &id) override { setLocked(QStringLiteral("lock"), id, true); }
+    void unlock(const QString &id) override { setLocked(QStringLiteral("unlock"), id, false); }
     volume::Space space() override { return {1 << 20, 1 << 10}; }
 
     // For the tests.
@@ -187,6 +179,11 @@ private:
         if (kind != QLatin1String("read") && kind != QLatin1String("list") && kind != QLatin1String("entries"))
             changes.append(call);
         return guard;
+    }
+    void setLocked(const QString &call, const QString &id, bool locked)
+    {
+        const auto guard = called(call);
+        item(id).locked = locked;
     }
     Item &item(const QString &id)
     {

@@ -255,6 +255,22 @@ int MountedService::ended()
     return over && process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
 }
 
+bool Mounted::startServer()
+{
+    bus = std::make_unique<PrivateBus>();
+    server = std::make_unique<ServerScene>();
+    return server->start();
+}
+
+bool Mounted::mount()
+{
+    service.reset();
+    service = std::make_unique<MountedService>();
+    const bool ready = service->isReady();
+    home = service->home();
+    return ready;
+}
+
 ProgramResult runScript(const QString &folder, const QString &script)
 {
     QProcess shell;

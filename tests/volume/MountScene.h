@@ -3,6 +3,7 @@
 #include "api/DocumentTransfer.h"
 #include "api/QBNetworking.h"
 #include "state/QBGlobeInformation.h"
+#include "support/PrivateBus.h"
 
 #include <QByteArray>
 #include <QJsonObject>
@@ -91,6 +92,20 @@ private:
     QProcess manager;
     QProcess process;
     QString output;
+};
+
+/// What the tests of the mounted volume stand on: a session bus, a server, and the service.
+class Mounted
+{
+protected:
+    bool startServer();
+    /// Starts the service anew.
+    bool mount();
+
+    std::unique_ptr<PrivateBus> bus;
+    std::unique_ptr<ServerScene> server;
+    std::unique_ptr<MountedService> service;
+    QString home; ///< the demo user's own documents
 };
 
 struct ProgramResult {

@@ -5,7 +5,6 @@
 #include "files/QBClearCacheInformation.h"
 #include "platform/Host.h"
 #include "support/Files.h"
-#include "support/PrivateBus.h"
 #include "support/Rows.h"
 #include "support/TestMain.h"
 
@@ -15,11 +14,9 @@
 #include <QUrl>
 
 using namespace Qt::StringLiterals;
-using testing::MountedService;
-using testing::ServerScene;
 
 /// What the real companion does beside the volume: links that lead to folders, and the cache at the end.
-class TestCompanionDuties : public QObject
+class TestCompanionDuties : public QObject, private testing::Mounted
 {
     Q_OBJECT
 private Q_SLOTS:
@@ -31,9 +28,7 @@ private Q_SLOTS:
             "#!/bin/sh\necho \"$1\" >'" + place + "/new'\nmv '" + place + "/new' '" + place + "/opened'\n";
         QVERIFY(testing::writeFile(desktop.filePath(u"xdg-open"_s), script, 0700));
         qputenv("PATH", place + ':' + qgetenv("PATH"));
-        bus = std::make_unique<testing::PrivateBus>();
-        server = std::make_unique<ServerScene>();
-        QVERIFY(server->start());
+        QVERIFY(startServer());
         QVERIFY(server->client().requestCreateDirWithParentDocID(server->ownEntry(), u"报告 2026"_s, nullptr));
         QVERIFY(server->upload(u"报告 2026/plan.txt"_s, "plan"));
     }
@@ -41,8 +36,7 @@ private Q_SLOTS:
     void init()
     {
         QFile::remove(desktop.filePath(u"opened"_s));
-        service = std::make_unique<MountedService>();
-        QVERIFY2(service->isReady(), qPrintable(service->log()));
+        QVERIFY2(mount(), qPrintable(service->log()));
     }
 
     void opensTheFolderOfALink_data()
@@ -113,9 +107,6 @@ private:
     }
 
     QTemporaryDir desktop;
-    std::unique_ptr<testing::PrivateBus> bus;
-    std::unique_ptr<ServerScene> server;
-    std::unique_ptr<MountedService> service;
     std::shared_ptr<GDUnixSocketClient> client;
 };
 

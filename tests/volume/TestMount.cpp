@@ -3,7 +3,6 @@
 #include "platform/Host.h"
 #include "state/NotificationNames.h"
 #include "support/Files.h"
-#include "support/PrivateBus.h"
 #include "support/Rows.h"
 #include "support/TestMain.h"
 
@@ -24,21 +23,16 @@ using testing::contentOf;
 using testing::MountedService;
 using testing::pattern;
 using testing::runScript;
-using testing::ServerScene;
 
 /// Real programs on the real volume with the real server behind it.
-class TestMount : public QObject
+class TestMount : public QObject, private testing::Mounted
 {
     Q_OBJECT
 private Q_SLOTS:
     void initTestCase()
     {
-        bus = std::make_unique<testing::PrivateBus>();
-        server = std::make_unique<ServerScene>();
-        QVERIFY(server->start());
-        service = std::make_unique<MountedService>();
-        QVERIFY2(service->isReady(), qPrintable(service->log()));
-        home = service->home();
+        QVERIFY(startServer());
+        QVERIFY2(mount(), qPrintable(service->log()));
         QVERIFY(QFileInfo(home).isDir());
     }
 
@@ -113,22 +107,6 @@ private Q_SLOTS:
         QCOMPARE(errno, EINVAL);
         QCOMPARE(::mkdir(place.constData(), 0700), -1);
         QCOMPARE(errno, EINVAL);
-    }
-
-    void changesParts()
-    {
-        QByteArray twin = pattern(3 * 1024 * 1024, 2);
-        QVERIFY(server->upload(u"parts"_s, twin));
-        QTRY_VERIFY(QFile::exists(path(u"parts"_s)));
-        const auto changed =
-            runScript(home, u"printf 12345 | dd of=parts bs=1 seek=1500000 conv=notrunc status=none &&"
-                            "printf end >> parts && dd if=parts bs=1 skip=1499998 count=9 status=none"_s);
-        QCOMPARE(changed.output, twin.mid(1499998, 2) + "12345" + twin.mid(1500005, 2));
-        twin.replace(1500000, 5, "12345").append("end");
-        QCOMPARE(server->contents(u"parts"_s), twin);
-        QVERIFY(!server->isLocked(u"parts"_s));
-        QCOMPARE(runScript(home, u"set -o noclobber; echo x > parts"_s).status != 0, true);
-        QCOMPARE(runScript(home, u"echo x > parts && cat parts"_s).output, "x\n");
     }
 
     void holdsALargeSparseFile()
@@ -285,11 +263,6 @@ private:
     }
 
     QByteArray read(const QString &name) const { return contentOf(path(name)); }
-
-    std::unique_ptr<testing::PrivateBus> bus;
-    std::unique_ptr<ServerScene> server;
-    std::unique_ptr<MountedService> service;
-    QString home;
 };
 
 REGISTER_TEST(TestMount)

@@ -1,9 +1,9 @@
 #include "MountScene.h"
 
+#include "platform/FileDescriptor.h"
 #include "platform/Host.h"
 #include "state/NotificationNames.h"
 #include "support/Files.h"
-#include "support/PrivateBus.h"
 #include "support/Rows.h"
 #include "support/TestMain.h"
 
@@ -15,6 +15,7 @@
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
+#include <functional>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -22,28 +23,20 @@ using namespace Qt::StringLiterals;
 using testing::MountedService;
 using testing::pattern;
 using testing::runScript;
-using testing::ServerScene;
 
 /// What programs meet when the server, the network, the session or the service fails.
-class TestMountFaults : public QObject
+class TestMountFaults : public QObject, private testing::Mounted
 {
     Q_OBJECT
 private Q_SLOTS:
     void initTestCase()
     {
-        bus = std::make_unique<testing::PrivateBus>();
-        server = std::make_unique<ServerScene>();
-        QVERIFY(server->start());
+        QVERIFY(startServer());
         QVERIFY(server->upload(u"old"_s, pattern(3 * 1024 * 1024)));
         QVERIFY(server->upload(u"small"_s, "small"));
     }
 
-    void init()
-    {
-        service = std::make_unique<MountedService>();
-        QVERIFY2(service->isReady(), qPrintable(service->log()));
-        home = service->home();
-    }
+    void init() { QVERIFY2(mount(), qPrintable(service->log())); }
 
     void cleanup()
     {
@@ -279,37 +272,30 @@ private:
         return file.error() == QFile::NoError ? bytes : QByteArray("cannot be read");
     }
 
+    /// errno of the operation, 0 when it succeeds.
     int failureOf(const QString &operation) const
     {
-        char bytes[10];
-        if (operation == u"list"_s) {
-            QDir(home + u"/folder"_s).entryList();
-            return ::access(path(u"folder/x"_s).constData(), F_OK) == 0 ? 0 : errno;
-        }
-        if (operation == u"read"_s) {
-            const int file = ::open(path(u"small"_s).constData(), O_RDONLY);
-            const int number = ::read(file, bytes, sizeof bytes) < 0 ? errno : 0;
-            ::close(file);
-            return number;
-        }
         if (operation == u"overwrite"_s)
             return writeFile(u"small"_s, "other", 0);
         if (operation == u"create"_s)
             return writeFile(u"made"_s, "made");
-        if (operation == u"mkdir"_s)
-            return ::mkdir(path(u"new folder"_s).constData(), 0700) == 0 ? 0 : errno;
-        if (operation == u"unlink"_s)
-            return ::unlink(path(u"small"_s).constData()) == 0 ? 0 : errno;
-        if (operation == u"rmdir"_s)
-            return ::rmdir(path(u"folder"_s).constData()) == 0 ? 0 : errno;
-        const QStringList names = operation.split(u'>');
-        return ::rename(path(names.first()).constData(), path(names.last()).constData()) == 0 ? 0 : errno;
+        char byte = 0;
+        const QHash<QString, std::function<int()>> calls{
+            {u"list"_s, [this] { return ::access(path(u"folder/x"_s).constData(), F_OK); }},
+            {u"read"_s,
+             [this, &byte] {
+                 const platform::FileDescriptor file(::open(path(u"small"_s).constData(), O_RDONLY));
+                 return static_cast<int>(::read(file.get(), &byte, 1));
+             }},
+            {u"mkdir"_s, [this] { return ::mkdir(path(u"new folder"_s).constData(), 0700); }},
+            {u"unlink"_s, [this] { return ::unlink(path(u"small"_s).constData()); }},
+            {u"rmdir"_s, [this] { return ::rmdir(path(u"folder"_s).constData()); }}};
+        const auto renamed = [&] {
+            return ::rename(path(operation.section(u'>', 0, 0)).constData(),
+                            path(operation.section(u'>', 1)).constData());
+        };
+        return calls.value(operation, renamed)() < 0 ? errno : 0;
     }
-
-    std::unique_ptr<testing::PrivateBus> bus;
-    std::unique_ptr<ServerScene> server;
-    std::unique_ptr<MountedService> service;
-    QString home;
 };
 
 REGISTER_TEST(TestMountFaults)

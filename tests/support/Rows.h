@@ -14,10 +14,7 @@ namespace testing
 template <class Value> struct Cell {
     Cell() = default;
     template <class Given>
-        requires std::is_convertible_v<Given &&, Value>
-    Cell(Given &&given) : value(std::forward<Given>(given))
-    {
-    }
+    requires std::is_convertible_v<Given &&, Value> Cell(Given &&given) : value(std::forward<Given>(given)) {}
     Value value{};
 };
 

@@ -9,7 +9,7 @@ import signal
 import subprocess
 
 from drive import processes, road
-from drive.manager import SIGN_IN_WINDOW, Manager
+from drive.manager import SERVER_WINDOW, SIGN_IN_WINDOW, Manager
 from drive.server import DEMO_ACCOUNT, DEMO_PASSWORD
 from drive.waiting import wait_for
 
@@ -23,6 +23,7 @@ MAKE_IMAGE = pathlib.Path(__file__).resolve().parents[2] / "packaging/make-updat
 STEPS = ("manager ended", "checked", "folder made", "copied", "compared", "exchanged", "detached", "started", "confirmed",
          "stayed")
 EXCHANGED = STEPS.index("exchanged")
+NOT_ALLOWED = "You may not replace this installation. Ask your administrator for the new version."
 
 
 class Orphan:
@@ -195,6 +196,22 @@ def update_refused(stage):
         server.stop()
 
 
+def update_not_allowed(stage):
+    """Where this user may not replace the application, that is said, and nothing is downloaded."""
+    scene = Scene(stage)
+    scene.offer("optional", scene.image)
+    manager = stage.launch()
+    manager.control("btnUpdateNow")
+    os.chmod(scene.profile.folder, 0o555)
+    try:
+        manager.press("btnUpdateNow")
+        manager.control(SERVER_WINDOW, 30)
+        wait_for("the reason to be shown", lambda: NOT_ALLOWED in manager.shown_texts(), 10)
+    finally:
+        os.chmod(scene.profile.folder, 0o755)
+    expect(manager.runs() and not os.listdir(scene.downloads), f"the downloads hold {os.listdir(scene.downloads)}")
+
+
 def attach(scene, image):
     tool = os.path.join(scene.profile.resources, "linux/hdiutil")
     result = subprocess.run([tool, "attach", image], env=scene.profile.environment(), check=True, capture_output=True)
@@ -314,5 +331,5 @@ def kill(process_id):
         pass
 
 
-ALL = (update_forced, update_refused, update_installer_killed, update_installer_recovers, update_abandoned,
-       update_manager_killed)
+ALL = (update_forced, update_refused, update_not_allowed, update_installer_killed, update_installer_recovers,
+       update_abandoned, update_manager_killed)

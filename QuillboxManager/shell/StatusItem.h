@@ -16,8 +16,7 @@ namespace shell
 class MenuWindow;
 
 /// The icon in the desktop's tray with the status menu behind it, and the menu's window where there is no tray. Main
-/// thread. The icon is made when a tray shows up, so a late one gets it as well, and
-/// goes with it.
+/// thread. The icon is made when a tray shows up, so a late one gets it as well, and goes with the tray.
 class StatusItem : public QObject
 {
     Q_OBJECT

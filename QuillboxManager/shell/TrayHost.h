@@ -17,8 +17,8 @@ public:
 
     using QObject::QObject;
 
-    /// Starts looking; `appeared` follows when a host is there, at the start or later, and `disappeared` when none is
-    /// left, or when icons of before lead nowhere because the session bus was another one.
+    /// Starts looking; `appeared` follows when a host is there, at the start or later, and `disappeared` when icons
+    /// made so far may lead nowhere: the host is gone, or the session bus was another one.
     virtual void watch() = 0;
 
 Q_SIGNALS:

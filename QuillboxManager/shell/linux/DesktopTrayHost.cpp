@@ -14,6 +14,7 @@
 
 #include <cstdlib>
 #include <memory>
+#include <utility>
 
 namespace shell
 {
@@ -70,13 +71,11 @@ void DesktopTrayHost::watch()
 
 void DesktopTrayHost::note(bool &kind, bool there)
 {
-    const bool before = onBus || onScreen;
-    kind = there;
-    if ((onBus || onScreen) == before)
+    if (std::exchange(kind, there) == there)
         return;
-    if (before)
+    if (!there)
         Q_EMIT disappeared();
-    else
+    if (onBus || onScreen)
         Q_EMIT appeared();
 }
 

@@ -37,7 +37,8 @@ private:
     void watchBus(const QDBusConnection &connection);
     void watchScreen();
     void followOwner(quint32 window);
-    /// Keeps what is known of one kind of tray, and tells when that changes the answer.
+    /// Keeps what is known of one kind of tray and tells of changes. An icon belongs to one kind: when that may be the
+    /// one that goes, it is made anew for the other.
     void note(bool &kind, bool there);
 
     platform::SessionBus &bus;

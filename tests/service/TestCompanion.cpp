@@ -39,10 +39,10 @@ void storeSession(const QString &token)
 class Companion
 {
 public:
-    explicit Companion(const QStringList &arguments, const QString &program = QStringLiteral(SERVICE_PROGRAM))
+    explicit Companion(const QStringList &arguments)
     {
         process.setProcessChannelMode(QProcess::MergedChannels);
-        process.start(program, arguments);
+        process.start(QStringLiteral(SERVICE_PROGRAM), arguments);
     }
     ~Companion()
     {
@@ -104,7 +104,6 @@ private Q_SLOTS:
     void announcesItselfAndListens();
     void stops_data();
     void stops();
-    void endsWithItsParent();
     void replacesAStaleSocketOnly();
     void leavesAForeignFileAlone();
 
@@ -207,15 +206,6 @@ void TestCompanion::stops()
         ::kill(processId, how == u"SIGTERM"_s ? SIGTERM : SIGINT);
     QCOMPARE(companion.ended(), 0);
     QVERIFY(!QFile::exists(socketPath()));
-}
-
-/// Started by the manager itself, as in earnest: the kernel's signal and the watch work side by side.
-void TestCompanion::endsWithItsParent()
-{
-    Companion shell({u"-c"_s, QStringLiteral(SERVICE_PROGRAM) + u" $$ & wait"_s}, u"/bin/sh"_s);
-    QVERIFY(shell.ready());
-    ::kill(static_cast<pid_t>(shell.process.processId()), SIGKILL);
-    QTRY_VERIFY(!QFile::exists(socketPath()));
 }
 
 void TestCompanion::replacesAStaleSocketOnly()

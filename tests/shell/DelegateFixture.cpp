@@ -50,7 +50,9 @@ AppDelegate &DelegateFixture::delegate()
     if (app)
         return *app;
     shell::LoginWindowFactory windows;
-    windows.login = [this] { return std::make_unique<LoginWindowController>(networking, defaults, center); };
+    windows.login = [this] {
+        return std::make_unique<LoginWindowController>(networking, defaults, center, thirdLogin);
+    };
     windows.serverSetting = [this] {
         return std::make_unique<ServerSettingWindowController>(networking, defaults, center);
     };

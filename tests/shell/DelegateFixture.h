@@ -2,6 +2,7 @@
 
 #include "ShellFixture.h"
 
+#include "login/ThirdLoginOpener.h"
 #include "server/ServerFixture.h"
 #include "shell/AppDelegate.h"
 
@@ -18,6 +19,11 @@ namespace testing
 struct NoTray : shell::TrayHost {
     void watch() override {}
     static std::unique_ptr<shell::TrayHost> make() { return std::make_unique<NoTray>(); }
+};
+
+/// An application without a browser.
+struct NoThirdLogin : ThirdLoginOpener {
+    bool open(const QString &, const QString &) override { return false; }
 };
 
 /// The whole controller with its real windows, on a host of doubles and, where wanted, a real document server.
@@ -51,6 +57,7 @@ struct DelegateFixture : ShellFixture {
     std::unique_ptr<ServerFixture> server;
     std::shared_ptr<std::atomic<bool>> fontThere = std::make_shared<std::atomic<bool>>(true);
     QBClearCacheInformation clearCache{folder.filePath(QStringLiteral("clearCache.plist"))};
+    NoThirdLogin thirdLogin;
     int ended = 0;
     std::unique_ptr<DownloadApp> downloadApp; ///< waits for its work before what stands above goes
     std::unique_ptr<AppDelegate> app;

@@ -99,7 +99,6 @@ private Q_SLOTS:
     void pointer();
     void keyboard();
     void disabledEntriesDoNothing();
-    void submenu();
     void inAWindow();
 };
 
@@ -260,19 +259,6 @@ void TestStatusMenu::disabledEntriesDoNothing()
     QVERIFY(scene.performed.isEmpty());
     QVERIFY(scene.menu.menu()->isVisible());
     QCOMPARE(scene.item(2)->look(), MenuRow::Look::Gray);
-}
-
-void TestStatusMenu::submenu()
-{
-    Scene scene;
-    scene.popUp();
-    QTest::mouseClick(scene.row(3), Qt::LeftButton);
-    QMenu *submenu = scene.action(3)->menu();
-    QTRY_VERIFY(submenu->isVisible());
-    QVERIFY(scene.menu.menu()->isVisible());
-    QTest::mouseClick(submenu->findChild<MenuRowView *>(u"inner"_s), Qt::LeftButton);
-    QTRY_COMPARE(scene.performed, QStringList{u"inner"_s});
-    QVERIFY(!submenu->isVisible() && !scene.menu.menu()->isVisible());
 }
 
 /// Without a tray the same rows stand in a window, where they take the keyboard themselves.

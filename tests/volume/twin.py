@@ -35,6 +35,9 @@ class Pair:
         assert sizes[0] == sizes[1], f"the sizes differ: {sizes}"
         return sizes[0]
 
+    def compare_all(self):
+        self.compare(0, self.size() + 10)
+
     def compare(self, offset, length):
         found = [os.pread(handle, length, offset) for handle in self.handles]
         assert found[0] == found[1], f"the contents differ in {length} bytes from {offset}"
@@ -74,7 +77,8 @@ class Pair:
         os.rename(self.names[0] + ".renamed", self.names[0])
 
     def replace(self):
-        """As editors save: by a copy that takes the name."""
+        """As editors save: by a copy that takes the name. It hides what differed before."""
+        self.compare_all()
         copy = self.names[0] + ".copy"
         with open(self.names[1], "rb") as twin, open(copy, "wb") as file:
             file.write(twin.read())
@@ -116,8 +120,8 @@ def main():
                 operation()
             count += 1
             if count % 50 == 0:
-                pair.compare(0, pair.size() + 10)
-        pair.compare(0, pair.size() + 10)
+                pair.compare_all()
+        pair.compare_all()
         pair.close()
     except (AssertionError, OSError) as failure:
         sys.exit("\n".join([*pair.history, f"FAILED after {count} operations: {failure}"]))

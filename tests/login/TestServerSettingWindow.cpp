@@ -194,6 +194,7 @@ private Q_SLOTS:
         scene.fillIn(answer);
         Settings::pressKey(scene.window(), "txtServerAddress", Qt::Key_Return);
         QCOMPARE(scene.message(), u"ServerConfigChecking"_s);
+        QVERIFY(Settings::isEnabled(scene.window(), "btnCancel"));
         AWAIT(scene.idle());
         QCOMPARE(scene.message(), line);
         QCOMPARE(scene.updatesAsked, updates);
@@ -217,6 +218,22 @@ private Q_SLOTS:
         QVERIFY(scene.canConfirm());
         QVERIFY(!scene.client.defaults.contains(u"ServerID"_s));
         QVERIFY(!scene.ended());
+    }
+
+    /// The answer to a check from before the window was shown anew concerns nobody.
+    void lateAnswer()
+    {
+        Settings scene;
+        scene.show();
+        scene.server.expect(pingCall, ScriptedAnswer::json("{}"));
+        Settings::type(scene.window(), "txtServerAddress", u"127.0.0.1"_s);
+        Settings::type(scene.window(), "txtAuthPort", scene.server.portText());
+        Settings::press(scene.window(), "btnConfirm");
+        scene.show();
+        QVERIFY(scene.idle());
+        QVERIFY(scene.server.waitForRequests(1));
+        QTest::qWait(100); // what is still queued for the window must find nobody
+        QVERIFY(!scene.client.defaults.contains(u"ServerID"_s) && !scene.ended());
     }
 
     /// Confirmed once, whatever is pressed; and a configuration that was fetched clears the mark.
@@ -261,6 +278,7 @@ private Q_SLOTS:
             QTest::keyClick(scene.window(), Qt::Key_Escape);
             scene.controller->performCancel();
         }
+        QVERIFY(!Settings::isEnabled(scene.window(), "btnCancel"));
         AWAIT(scene.ended());
         QCOMPARE(scene.terminated, quits ? 1 : 0);
         QCOMPARE(scene.posted, quits ? QStringList() : QStringList{u"NotificationWantLoginWindow"_s});

@@ -23,6 +23,31 @@
 #include <cstring>
 #include <utility>
 
+namespace
+{
+/// From the first window to the last; the application's controller lives as long as this.
+int run(QApplication &application, const platform::Bundle &bundle, const shell::EarlySteps &earlySteps)
+{
+    shell::ShellContext context = shell::ShellContext::ofApplication();
+    context.earlySteps = earlySteps;
+    AppDelegate delegate(std::move(context));
+    const shell::ExitSignals signals([&delegate] { delegate.terminateWithoutAsking(); });
+    QObject::connect(&application, &QGuiApplication::commitDataRequest, &delegate,
+                     &AppDelegate::terminateWithoutAsking);
+    QObject::connect(&application, &QCoreApplication::aboutToQuit, &delegate, &AppDelegate::applicationWillTerminate);
+    delegate.handleArguments(QCoreApplication::arguments().mid(1));
+    delegate.applicationDidFinishLaunching();
+    // The event loop runs: this version works, which an installer may be waiting to hear.
+    QTimer::singleShot(0, &application, [&bundle] {
+        platform::dispatchGlobal([&bundle] {
+            QFile::remove(DownloadTarget::partialIn(UpdatePlaces::ofHost().downloads));
+            install::clearLeftovers(platform::host(), bundle);
+        });
+    });
+    return QApplication::exec();
+}
+} // namespace
+
 int main(int argc, char **argv)
 {
     if (argc == 2 && std::strcmp(argv[1], "--version") == 0) {
@@ -46,27 +71,5 @@ int main(int argc, char **argv)
     platform::loadLocalization(bundle.resourcePath() + QStringLiteral("/translations"));
     StyleKit::install();
     TestIdentifiers::installIfWanted();
-
-    int status = 0;
-    {
-        shell::ShellContext context = shell::ShellContext::ofApplication();
-        context.earlySteps = earlySteps;
-        AppDelegate delegate(std::move(context));
-        const shell::ExitSignals signals([&delegate] { delegate.terminateWithoutAsking(); });
-        QObject::connect(&application, &QGuiApplication::commitDataRequest, &delegate,
-                         &AppDelegate::terminateWithoutAsking);
-        QObject::connect(&application, &QCoreApplication::aboutToQuit, &delegate,
-                         &AppDelegate::applicationWillTerminate);
-        delegate.handleArguments(QCoreApplication::arguments().mid(1));
-        delegate.applicationDidFinishLaunching();
-        // The event loop runs: this version works, which an installer may be waiting to hear.
-        QTimer::singleShot(0, &application, [&bundle] {
-            platform::dispatchGlobal([&bundle] {
-                QFile::remove(DownloadTarget::partialIn(UpdatePlaces::ofHost().downloads));
-                install::clearLeftovers(platform::host(), bundle);
-            });
-        });
-        status = QApplication::exec();
-    }
-    return shell::endProcess(status);
+    return shell::endProcess(run(application, bundle, earlySteps));
 }

@@ -15,8 +15,6 @@
 
 #include "login/JsonValues.h"
 
-#include <QShortcut>
-
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -84,7 +82,6 @@ void SettingWindowsController::windowDidLoad()
     window()->setWindowTitle(localizedString(u"设置"_s));
     // The window is as large as its pane.
     window()->layout()->setSizeConstraint(QLayout::SetFixedSize);
-    connect(new QShortcut(QKeySequence::Cancel, window()), &QShortcut::activated, window(), &QWidget::close);
     initialTabs();
     colorLabels();
     initialAccountView();
@@ -92,6 +89,12 @@ void SettingWindowsController::windowDidLoad()
     initialGeneralView();
     for (QWidget *hidden : {form->viewGeneral, form->viewAccount, form->viewAbout})
         hidden->hide();
+}
+
+bool SettingWindowsController::escapePressed()
+{
+    window()->close();
+    return true;
 }
 
 void SettingWindowsController::initialTabs()

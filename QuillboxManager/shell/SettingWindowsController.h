@@ -58,6 +58,7 @@ public:
 protected:
     QWidget *loadWindow() override;
     void windowDidLoad() override;
+    bool escapePressed() override;
 
 private:
     void initialTabs();

@@ -9,8 +9,6 @@
 #include "update/UpdateAnswer.h"
 #include "update/UpdateTexts.h"
 
-#include <QKeyEvent>
-
 #include <utility>
 
 namespace
@@ -113,12 +111,10 @@ bool UpdateWindowController::windowShouldClose()
     return false; // there is no way on without an answer, should the end be refused
 }
 
-bool UpdateWindowController::eventFilter(QObject *watched, QEvent *event)
+bool UpdateWindowController::escapePressed()
 {
-    const bool escape = event->type() == QEvent::KeyPress && static_cast<QKeyEvent *>(event)->key() == Qt::Key_Escape;
-    if (escape && isWindowLoaded() && watched == window() && !form->btnLater->isHidden()) {
-        updateLater();
-        return true;
-    }
-    return QBWindowController::eventFilter(watched, event);
+    if (form->btnLater->isHidden())
+        return false;
+    updateLater();
+    return true;
 }

@@ -41,7 +41,7 @@ protected:
     QWidget *loadWindow() override;
     void windowDidLoad() override;
     bool windowShouldClose() override;
-    bool eventFilter(QObject *watched, QEvent *event) override;
+    bool escapePressed() override;
 
 private:
     void answer(int result);

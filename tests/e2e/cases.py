@@ -107,7 +107,7 @@ def companion_killed(stage):
     wait_for("the sign-in window", lambda: manager.find(SIGN_IN_WINDOW), 10, 0.01)
     seconds = time.monotonic() - start
     print(f"sign-in window {seconds:.2f} s after the companion was killed")
-    expect(seconds <= 2.1, f"the sign-in window took {seconds:.2f} s, more than 2.1 s")
+    expect(seconds < 3, f"the sign-in window took {seconds:.2f} s, although the watch looks every two seconds")
     wait_for("the volume to go from the favourite places", lambda: "Quillbox" not in places.read_text(), 5)
     road.sign_in(manager, DEMO_ACCOUNT, DEMO_PASSWORD)
     expect(road.wait_for_companion(manager) != companion, "no new companion was started")

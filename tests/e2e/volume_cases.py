@@ -97,7 +97,7 @@ def volume_after_crash(stage):
     failed = fails(os.write, unfinished, b"more")
     fails(os.close, unfinished)
     print(f"sign-in window {seconds:.2f} s after the companion was killed")
-    expect(seconds <= 2.1, f"the sign-in window took {seconds:.2f} s, more than 2.1 s")
+    expect(seconds < 3, f"the sign-in window took {seconds:.2f} s, although the watch looks every two seconds")
     expect(failed, "a write to a volume whose service was killed did not fail")
     road.sign_in(manager, DEMO_ACCOUNT, DEMO_PASSWORD)
     expect(road.wait_for_companion(manager) != companion, "no new companion was started")

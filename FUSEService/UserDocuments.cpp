@@ -38,13 +38,13 @@ QQueue<Folder> upperFolders(const QList<Document> &entries, const QString &root,
 }
 } // namespace
 
-QList<PanelItem> UserDocuments::favorites(const std::function<bool()> &wanted)
+PanelList UserDocuments::favorites(const std::function<bool()> &wanted)
 {
-    QList<PanelItem> found;
+    PanelList found{.items = {}, .isComplete = false};
     QElapsedTimer clock;
     clock.start();
     try {
-        QQueue<Folder> folders = upperFolders(documents.entries(), volumePath, found, documents);
+        QQueue<Folder> folders = upperFolders(documents.entries(), volumePath, found.items, documents);
         qsizetype seen = 0;
         const auto mayGoOn = [&] {
             return seen < MaximumDocuments && !clock.hasExpired(milliseconds(MaximumTime).count()) && wanted();
@@ -56,12 +56,13 @@ QList<PanelItem> UserDocuments::favorites(const std::function<bool()> &wanted)
             const QSet<QString> marked = documents.favoritesAmong(inside);
             for (const Document &document : inside) {
                 if (marked.contains(document.id))
-                    found.append({document.name, folder.path, {}});
+                    found.items.append({document.name, folder.path, {}});
                 if (!document.isFile())
                     folders.enqueue({document.id, folder.path + u'/' + document.name});
             }
         }
-        if (!folders.isEmpty())
+        found.isComplete = folders.isEmpty();
+        if (!found.isComplete)
             platform::log(QStringLiteral("FUSEService: not all folders were looked through for favourites"));
     } catch (const volume::Errno &) {
         // Logged where it failed.

@@ -23,9 +23,9 @@ public:
     {
     }
 
-    /// Looks through the folders from the top, as the server has no list of favourites. What was found so far when the
-    /// server fails, a bound is reached or `wanted` says no.
-    QList<PanelItem> favorites(const std::function<bool()> &wanted);
+    /// Looks through the folders from the top, as the server has no list of favourites. Incomplete
+    /// when the server fails, a bound is reached or `wanted` says no.
+    PanelList favorites(const std::function<bool()> &wanted);
     /// The first folder for documents of the user's own, null when the server tells none.
     QString ownFolder();
 

@@ -65,7 +65,7 @@ UserRequests::Panel UserRequests::showPanel(const QString &kind, const QStringLi
 
 void UserRequests::writeTransfers()
 {
-    PanelItems::write(itemsFile(u"transfers"_s), surroundings.transfers());
+    PanelItems::write(itemsFile(u"transfers"_s), {surroundings.transfers()});
     const auto &panel = panels[u"transfers"_s];
     if (!panel || !panel->isRunning())
         refreshing.stop();
@@ -74,7 +74,7 @@ void UserRequests::writeTransfers()
 void UserRequests::showTransfers()
 {
     const QString file = itemsFile(u"transfers"_s);
-    PanelItems::write(file, surroundings.transfers());
+    PanelItems::write(file, {surroundings.transfers()});
     showPanel(u"transfers"_s, {file, surroundings.volume});
     refreshing.start();
 }
@@ -88,9 +88,9 @@ void UserRequests::showFavorites()
         return;
     // A window that was closed, or followed by another, waits for nothing.
     const auto look = [find = surroundings.favorites, panel] { return find([panel] { return panel->isRunning(); }); };
-    platform::inBackground(this, look, [file, panel](const QList<PanelItem> &items) {
+    platform::inBackground(this, look, [file, panel](const PanelList &list) {
         if (panel->isRunning())
-            PanelItems::write(file, items);
+            PanelItems::write(file, list);
     });
 }
 

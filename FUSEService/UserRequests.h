@@ -22,7 +22,7 @@ public:
         QString volume;                              ///< where the documents are mounted
         std::function<QList<PanelItem>()> transfers; ///< at once
         /// Blocks; background pool. May give up, with what it has, once `wanted` says no.
-        std::function<QList<PanelItem>(const std::function<bool()> &wanted)> favorites;
+        std::function<PanelList(const std::function<bool()> &wanted)> favorites;
         std::function<QString()> uploadFolder;    ///< blocks; background pool
         std::function<void()> tellNoUploadFolder; ///< main thread
     };

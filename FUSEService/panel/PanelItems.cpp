@@ -18,27 +18,30 @@ constexpr qsizetype MaximumItems = 2000; // of the longest names and folders, th
 constexpr qsizetype MaximumText = 1024;
 } // namespace
 
-bool write(const QString &path, const QList<PanelItem> &items)
+bool write(const QString &path, const PanelList &list)
 {
     QJsonArray lines;
-    for (const PanelItem &item : items.first(qMin(items.size(), MaximumItems)))
+    for (const PanelItem &item : list.items.first(qMin(list.items.size(), MaximumItems)))
         lines.append(QJsonObject{
             {u"name"_s, item.name.left(MaximumText)}, {u"folder"_s, item.folder}, {u"state"_s, item.state}});
-    return platform::writeAtomically(path, QJsonDocument(lines).toJson(QJsonDocument::Compact));
+    const bool complete = list.isComplete && list.items.size() <= MaximumItems;
+    const QJsonObject file{{u"items"_s, lines}, {u"complete"_s, complete}};
+    return platform::writeAtomically(path, QJsonDocument(file).toJson(QJsonDocument::Compact));
 }
 
-std::optional<QList<PanelItem>> read(const QString &path)
+std::optional<PanelList> read(const QString &path)
 {
     const std::optional<QByteArray> bytes = platform::readBoundedFile(path, maximumBytes);
     const QJsonDocument document = bytes ? QJsonDocument::fromJson(*bytes) : QJsonDocument();
-    if (!document.isArray())
+    const QJsonObject file = document.object();
+    if (!file.value(u"items").isArray())
         return std::nullopt;
-    QList<PanelItem> items;
-    const QJsonArray lines = document.array();
+    PanelList list{.items = {}, .isComplete = file.value(u"complete").toBool()};
+    const QJsonArray lines = file.value(u"items").toArray();
     for (const QJsonValue line : lines)
-        items.append({line.toObject().value(u"name").toString(), line.toObject().value(u"folder").toString(),
-                      line.toObject().value(u"state").toString()});
-    return items;
+        list.items.append({line.toObject().value(u"name").toString(), line.toObject().value(u"folder").toString(),
+                           line.toObject().value(u"state").toString()});
+    return list;
 }
 
 QString waiting()

@@ -51,11 +51,14 @@ std::unique_ptr<ListPanel> itemsPanel(const QString &title, const QString &none,
     panel->setRoot(arguments.value(1));
     panel->setStatus(text(u"正在加载…"_s));
     const auto refresh = [panel = panel.get(), none, file = arguments.value(0)] {
-        const auto items = PanelItems::read(file);
-        if (!items)
+        const auto list = PanelItems::read(file);
+        if (!list)
             return;
-        panel->setItems(*items);
-        panel->setStatus(items->isEmpty() ? none : QString());
+        panel->setItems(list->items);
+        if (!list->isComplete)
+            panel->setStatus(text(u"未能读取全部内容，请检查网络后重试"_s));
+        else
+            panel->setStatus(list->items.isEmpty() ? none : QString());
     };
     auto *timer = new QTimer(panel.get());
     QObject::connect(timer, &QTimer::timeout, panel.get(), refresh);

@@ -53,7 +53,7 @@ struct Scene {
                                             .transfers = [this] { return transfers; },
                                             .favorites =
                                                 [](auto) {
-                                                    return QList<PanelItem>{{u"favourite"_s, u"/v/F"_s, {}}};
+                                                    return PanelList{{{u"favourite"_s, u"/v/F"_s, {}}}};
                                                 },
                                             .uploadFolder = [this] { return uploadFolder; },
                                             .tellNoUploadFolder = [this] { ++told; }};
@@ -87,7 +87,7 @@ void TestUserRequests::answers()
     if (file.isNull())
         return;
     QTRY_VERIFY(PanelItems::read(scene.path(file)));
-    QCOMPARE(PanelItems::read(scene.path(file))->first().name, item);
+    QCOMPARE(PanelItems::read(scene.path(file))->items.first().name, item);
 }
 
 void TestUserRequests::transfersAreKeptUpToDate()
@@ -95,9 +95,9 @@ void TestUserRequests::transfersAreKeptUpToDate()
     Scene scene;
     UserRequests requests(scene.surroundings);
     requests.showTransfers();
-    QCOMPARE(PanelItems::read(scene.path(u"transfers.json"_s)), std::optional(QList<PanelItem>()));
+    QCOMPARE(PanelItems::read(scene.path(u"transfers.json"_s)), std::optional(PanelList()));
     scene.transfers = {{u"new"_s, u"/v"_s, PanelItems::waiting()}};
-    QTRY_COMPARE(PanelItems::read(scene.path(u"transfers.json"_s)), std::optional(scene.transfers));
+    QTRY_COMPARE(PanelItems::read(scene.path(u"transfers.json"_s)), std::optional(PanelList{scene.transfers}));
 }
 
 void TestUserRequests::closedWindowEndsItsSearch()
@@ -109,7 +109,7 @@ void TestUserRequests::closedWindowEndsItsSearch()
         while (wanted())
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         --searching;
-        return QList<PanelItem>{{u"half"_s, u"/v"_s, {}}};
+        return PanelList{{{u"half"_s, u"/v"_s, {}}}};
     };
     {
         UserRequests requests(scene.surroundings);

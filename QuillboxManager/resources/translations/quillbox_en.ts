@@ -1178,6 +1178,10 @@
         <translation>No documents were found.</translation>
     </message>
     <message>
+        <source>未能读取全部内容，请检查网络后重试</source>
+        <translation>Not everything could be read. Check your network connection and try again.</translation>
+    </message>
+    <message>
         <source>正在上传…</source>
         <translation>Uploading…</translation>
     </message>

@@ -1178,6 +1178,10 @@
         <translation>未找到文档</translation>
     </message>
     <message>
+        <source>未能读取全部内容，请检查网络后重试</source>
+        <translation>未能读取全部内容，请检查网络后重试</translation>
+    </message>
+    <message>
         <source>正在上传…</source>
         <translation>正在上传…</translation>
     </message>

@@ -1178,6 +1178,10 @@
         <translation>找不到文件</translation>
     </message>
     <message>
+        <source>未能读取全部内容，请检查网络后重试</source>
+        <translation>未能讀取全部內容，請檢查網路後重試</translation>
+    </message>
+    <message>
         <source>正在上传…</source>
         <translation>正在上傳…</translation>
     </message>

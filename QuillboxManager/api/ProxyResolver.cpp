@@ -1,9 +1,9 @@
 #include "api/ProxyResolver.h"
 
+#include "platform/DesktopProxies.h"
 #include "platform/Dispatch.h"
 
 #include <QHash>
-#include <QNetworkProxyFactory>
 
 #include <condition_variable>
 #include <mutex>
@@ -81,18 +81,25 @@ void ProxyResolver::wakeUp()
 
 ProxyChoice ProxyResolver::askDesktop(const QUrl &server)
 {
-    for (const QNetworkProxy &proxy : QNetworkProxyFactory::systemProxyForQuery(QNetworkProxyQuery(server))) {
-        QByteArray scheme;
-        if (proxy.type() == QNetworkProxy::HttpProxy || proxy.type() == QNetworkProxy::HttpCachingProxy)
-            scheme = "http://";
-        else if (proxy.type() == QNetworkProxy::Socks5Proxy)
-            scheme = "socks5h://";
-        else if (proxy.type() == QNetworkProxy::NoProxy)
-            return {};
-        else
+    return choiceOf(platform::desktopProxies(server));
+}
+
+ProxyChoice ProxyResolver::choiceOf(const QStringList &addresses)
+{
+    for (const QString &text : addresses) {
+        QUrl address(text);
+        const QString scheme = address.scheme();
+        if (scheme == u"direct")
+            break;
+        if (scheme == u"socks" || scheme == u"socks5")
+            address.setScheme(QStringLiteral("socks5h")); // the proxy looks the names up
+        else if (scheme != u"http")
             continue;
-        const QByteArray address = proxy.hostName().toUtf8() + ':' + QByteArray::number(proxy.port());
-        return {scheme + address, proxy.user().toUtf8(), proxy.password().toUtf8()};
+        if (address.host().isEmpty())
+            continue;
+        const QByteArray bare =
+            address.toEncoded(QUrl::RemoveUserInfo | QUrl::RemovePath | QUrl::RemoveQuery | QUrl::RemoveFragment);
+        return {bare, address.userName(QUrl::FullyDecoded).toUtf8(), address.password(QUrl::FullyDecoded).toUtf8()};
     }
     return {};
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QStringList>
 #include <QUrl>
 
 #include <chrono>
@@ -33,6 +34,9 @@ public:
     /// or once `abandoned` is true at a `wakeUp`, it is the last one that there was, else the direct way.
     ProxyChoice ask(QByteArrayView server, std::chrono::milliseconds patience, const std::function<bool()> &abandoned);
     void wakeUp();
+
+    /// The first of the desktop's addresses that can be used; the direct way when it comes first, or none can be.
+    static ProxyChoice choiceOf(const QStringList &addresses);
 
 private:
     struct State;

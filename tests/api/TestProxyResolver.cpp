@@ -1,4 +1,5 @@
 #include "api/ProxyResolver.h"
+#include "support/Rows.h"
 #include "support/TestMain.h"
 
 #include <QElapsedTimer>
@@ -45,6 +46,29 @@ class TestProxyResolver : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void choosesAmongAddresses_data()
+    {
+        const testing::Rows<QStringList, QByteArray, QByteArray, QByteArray> row("addresses", "url", "user",
+                                                                                 "password");
+        row("nobody answers", {}, "", "", "");
+        row("direct first", {"direct://", "http://p:1"}, "", "", "");
+        row("plain", {"http://p:3128/"}, "http://p:3128", "", "");
+        row("with a password", {"http://us%40er:p%3Aw@[::1]:8080"}, "http://[::1]:8080", "us@er", "p:w");
+        row("unknown and broken ones first", {"ftp://p:1", "http://", "", "socks://s:1080", "http://p:1"},
+            "socks5h://s:1080", "", "");
+    }
+    void choosesAmongAddresses()
+    {
+        QFETCH(QStringList, addresses);
+        QFETCH(QByteArray, url);
+        QFETCH(QByteArray, user);
+        QFETCH(QByteArray, password);
+        const ProxyChoice choice = ProxyResolver::choiceOf(addresses);
+        QCOMPARE(choice.url, url);
+        QCOMPARE(choice.user, user);
+        QCOMPARE(choice.password, password);
+    }
+
     void remembersAnswers()
     {
         std::atomic<int> asked = 0;

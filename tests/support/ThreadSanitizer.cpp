@@ -15,7 +15,6 @@ extern "C" const char *__tsan_default_suppressions()
            "race:libglib-2.0.so\n"
            "race:QByteArray::operator=(QByteArray const&)\n"
            "race:QCoreApplicationPrivate::sendPostedEvents\n"
-           "race:QNetworkProxyFactory::systemProxyForQuery\n"
            "race:libproxy.so\n"
            "called_from_lib:libproxy.so\n";
 }

@@ -1,5 +1,5 @@
 list(APPEND host_sources
-    DesktopPortal.cpp HostProcess.cpp LanguageEnvironment.cpp LinuxDeviceIdentity.cpp
+    DesktopPortal.cpp DesktopProxies.cpp HostProcess.cpp LanguageEnvironment.cpp LinuxDeviceIdentity.cpp
     LinuxDistributedNotifications.cpp LinuxFileSystemDriver.cpp LinuxFolders.cpp LinuxHost.cpp LinuxLaunchEvents.cpp
     LinuxReducedMotion.cpp LinuxSidebarFavorites.cpp LinuxUserNotifications.cpp LinuxVolumes.cpp LinuxWorkspace.cpp
     MountTable.cpp PlacesFiles.cpp RedirectPage.cpp RunTask.cpp SessionBus.cpp Spawn.cpp Task.cpp)

@@ -4,6 +4,8 @@
 #include "platform/Localization.h"
 #include "shell/ShellStrings.h"
 
+#include <QPointer>
+
 #include <utility>
 
 namespace shell
@@ -67,7 +69,10 @@ void Termination::detachThenAsk()
 void Termination::decide(bool stillMounted)
 {
     if (mustAskToForceQuit(stillMounted, serviceRunning()))
-        showIfForceQuitQuillboxTip([this](int code) { finish(code == QBAlert::FirstButtonReturn); });
+        showIfForceQuitQuillboxTip([self = QPointer<Termination>(this)](int code) {
+            if (self) // an end without questions may overtake this one
+                self->finish(code == QBAlert::FirstButtonReturn);
+        });
     else
         finish(true);
 }

@@ -26,7 +26,7 @@ shell::AlertPresenter AlertAnswers::presenter()
         buttons.append(titles);
         const int last = QBAlert::FirstButtonReturn + static_cast<int>(titles.size()) - 1;
         const int code = codes.isEmpty() ? last : codes.takeFirst();
-        QTimer::singleShot(0, qApp, [done, code] { done(code); });
+        QTimer::singleShot(0, &life, [done, code] { done(code); });
     };
 }
 

@@ -25,6 +25,7 @@ struct AlertAnswers {
     QStringList texts;
     QList<QStringList> buttons;
     QList<int> codes;
+    QObject life; ///< what is still to be answered goes with it
 
     shell::AlertPresenter presenter();
 };

@@ -11,12 +11,6 @@ inline QString socketName()
     return QStringLiteral("search_socket");
 }
 
-/// The volume among the file manager's favourite places; the manager removes it by this name.
-inline QString sidebarName()
-{
-    return QStringLiteral("Quillbox");
-}
-
 /// Exit codes, for whoever reads the journal.
 enum ExitCode { Stopped = 0, BadArguments = 64, NoManager = 69, NoVolume = 71, NoSocket = 73, NotSignedIn = 77 };
 

@@ -23,8 +23,8 @@ public:
     {
     }
 
-    /// Looks through the folders from the top, as the server has no list of favourites. Incomplete
-    /// when the server fails, a bound is reached or `wanted` says no.
+    /// Looks through the folders from the top, as the server has no list of favourites. Incomplete when
+    /// the server fails, a bound is reached or `wanted` says no.
     PanelList favorites(const std::function<bool()> &wanted);
     /// The first folder for documents of the user's own, null when the server tells none.
     QString ownFolder();

@@ -149,8 +149,7 @@ int serve(platform::Host &host, const ManagerWatch &watch, const StopSignals &si
     service.setMessageHandler([&linkOpener](const SocketMessage &message) { openLink(linkOpener, message); });
     if (const int failure = service.start())
         return failure;
-    platform::dispatchGlobal(
-        [folder = settings.mountPoint] { platform::addToSidebarFavorites(CompanionStrings::sidebarName(), folder); });
+    platform::dispatchGlobal([folder = settings.mountPoint] { platform::addToSidebarFavorites(folder); });
     cache.seed();
     const int result = QCoreApplication::exec();
     volume.stop(); // before the socket goes, so that the next service meets neither

@@ -64,9 +64,9 @@ void LinuxSidebarFavorites::removeFirstNamed(const QString &displayName)
         edit(base + places(), [&](const QByteArray &document) { return withoutPlace(document, displayName); });
 }
 
-void addToSidebarFavorites(const QString &displayName, const QString &folder)
+void addToSidebarFavorites(const QString &folder)
 {
-    LinuxSidebarFavorites(LinuxFolders()).add(displayName, folder);
+    LinuxSidebarFavorites(LinuxFolders()).add(QFileInfo(folder).fileName(), folder);
 }
 
 } // namespace platform

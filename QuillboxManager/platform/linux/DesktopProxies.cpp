@@ -15,7 +15,7 @@ namespace platform
 namespace
 {
 
-/// libproxy, fetched with the first question: most starts end before there is one. Never taken down, like its modules.
+/// libproxy, fetched with the first question, so that the first window does not wait for it. Never taken down.
 struct ProxyLibrary {
     ProxyLibrary()
     {
